@@ -1,0 +1,15 @@
+# Cross toolchain: 32-bit Windows with mingw-w64 GCC.
+set(CMAKE_SYSTEM_NAME Windows)
+set(CMAKE_SYSTEM_PROCESSOR X86)
+set(TQ_TRIPLE i686-w64-mingw32)
+set(CMAKE_C_COMPILER ${TQ_TRIPLE}-gcc)
+set(CMAKE_CXX_COMPILER ${TQ_TRIPLE}-g++)
+set(CMAKE_ASM_COMPILER ${TQ_TRIPLE}-gcc)
+set(CMAKE_RC_COMPILER ${TQ_TRIPLE}-windres)
+set(TQ_WIDL ${TQ_TRIPLE}-widl)
+set(CMAKE_FIND_ROOT_PATH /usr/${TQ_TRIPLE})
+set(CMAKE_FIND_ROOT_PATH_MODE_PROGRAM NEVER)
+set(CMAKE_FIND_ROOT_PATH_MODE_LIBRARY ONLY)
+set(CMAKE_FIND_ROOT_PATH_MODE_INCLUDE ONLY)
+# 32-bit programs run through a wrapper that reports a skip when 32-bit Wine is absent.
+set(CMAKE_CROSSCOMPILING_EMULATOR ${CMAKE_CURRENT_LIST_DIR}/wine32-run)
