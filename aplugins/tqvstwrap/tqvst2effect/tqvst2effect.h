@@ -1,0 +1,118 @@
+// The VST2 implementation of ITqVstEffect: one loaded plug-in and everything the host drives on it.
+#pragma once
+
+#include "aeffect.h"
+#include "clog.h"
+#include "comptr.h"
+#include "tqvst.h"
+#include "uniquehandle.h"
+
+#include <cstdint>
+
+// Process-wide values for the plug-in's entry point, which runs before it has a host object.
+extern uint32_t g_requestedPluginId;
+extern bool g_needIdleDuringLoad;
+
+class CTqVstEffect final : public ITqVstEffect
+{
+public:
+    enum : uint32_t
+    {
+        kStateEditorOpen = 0x01,
+        kStateNeedsIdle = 0x02,
+        kStateShell = 0x04,
+        kStateShellScan = 0x08,
+        kStateProcessing = 0x10,
+        kStateMainsOn = 0x20,
+    };
+
+    // Loads the plug-in; the load result goes to *result. The object exists in every case and
+    // counts toward the server's life until it is released.
+    CTqVstEffect(const wchar_t* path, UINT32 uniqueId, HRESULT* result);
+
+    // IUnknown
+    HRESULT STDMETHODCALLTYPE QueryInterface(REFIID riid, void** object) override;
+    ULONG STDMETHODCALLTYPE AddRef() override;
+    ULONG STDMETHODCALLTYPE Release() override;
+
+    // ITqVstEffect
+    HRESULT STDMETHODCALLTYPE GetEffectName(WCHAR* name, UINT32 capacity) override;
+    HRESULT STDMETHODCALLTYPE GetVendorName(WCHAR* name, INT32 capacity) override;
+    HRESULT STDMETHODCALLTYPE GetProductName(WCHAR* name, UINT32 capacity) override;
+    HRESULT STDMETHODCALLTYPE GetEffectInfo(TqVstEffectInfo* info) override;
+    HRESULT STDMETHODCALLTYPE GetNextShellPlugin(UINT32* id, WCHAR* name, INT32 capacity) override;
+    HRESULT STDMETHODCALLTYPE SetMaster(IUnknown* master) override;
+    HRESULT STDMETHODCALLTYPE Idle() override;
+    HRESULT STDMETHODCALLTYPE Suspend(INT32 full) override;
+    HRESULT STDMETHODCALLTYPE Resume(INT32 force) override;
+    HRESULT STDMETHODCALLTYPE SetSampleRate(double rate) override;
+    HRESULT STDMETHODCALLTYPE SetSampleType(UINT32 sampleType) override;
+    HRESULT STDMETHODCALLTYPE SetChannelCount(INT32 channels) override;
+    HRESULT STDMETHODCALLTYPE SetBlockSize(INT32 frames) override;
+    HRESULT STDMETHODCALLTYPE GetParameterProperties(UINT32 index,
+                                                     TqVstParameterProperties* props) override;
+    HRESULT STDMETHODCALLTYPE CanParameterBeAutomated(UINT32 index, UINT32* yes) override;
+    HRESULT STDMETHODCALLTYPE GetParameterName(UINT32 index, WCHAR* text, UINT32 capacity) override;
+    HRESULT STDMETHODCALLTYPE GetParameterDisplay(UINT32 index, WCHAR* text,
+                                                  UINT32 capacity) override;
+    HRESULT STDMETHODCALLTYPE GetParameterLabel(UINT32 index, WCHAR* text,
+                                                UINT32 capacity) override;
+    HRESULT STDMETHODCALLTYPE GetParameter(UINT32 index, float* value) override;
+    HRESULT STDMETHODCALLTYPE SetParameter(UINT32 index, float value) override;
+    HRESULT STDMETHODCALLTYPE GetInitialDelay(UINT32* frames) override;
+    HRESULT STDMETHODCALLTYPE GetTailSize(UINT32* frames) override;
+    HRESULT STDMETHODCALLTYPE Process(BYTE* input, UINT32 inputChannels, BYTE* output,
+                                      INT32 outputChannels, UINT32 frames,
+                                      UINT32 bytesPerSample) override;
+    HRESULT STDMETHODCALLTYPE ProcessReplace() override;
+    HRESULT STDMETHODCALLTYPE GetProgram(UINT32* program) override;
+    HRESULT STDMETHODCALLTYPE SetProgram(INT32 program) override;
+    HRESULT STDMETHODCALLTYPE GetProgramName(INT32 program, WCHAR* name, UINT32 capacity) override;
+    HRESULT STDMETHODCALLTYPE SetProgramName(const WCHAR* name) override;
+    HRESULT STDMETHODCALLTYPE SavePreset(IStream* stream, UINT32* bytes) override;
+    HRESULT STDMETHODCALLTYPE LoadPreset(IStream* stream) override;
+    HRESULT STDMETHODCALLTYPE SaveBank(IStream* stream, UINT32* bytes) override;
+    HRESULT STDMETHODCALLTYPE LoadBank(IStream* stream, UINT32 program) override;
+    HRESULT STDMETHODCALLTYPE OpenEditor(HWND parent, UINT32* rect) override;
+    HRESULT STDMETHODCALLTYPE EditorIdle() override;
+    HRESULT STDMETHODCALLTYPE CloseEditor() override;
+    HRESULT STDMETHODCALLTYPE ResizeEditor(INT32 width, INT32 height) override;
+    HRESULT STDMETHODCALLTYPE CanResizeEditor(UINT32* yes) override;
+
+    // Guarded calls into the plug-in's dispatcher; -1 after a fault.
+    int32_t Dispatch(int32_t opcode, int32_t index, intptr_t value, void* ptr, float opt);
+    int32_t DispatchGetText(int32_t opcode, int32_t index, WCHAR* text, UINT32 capacity);
+    int32_t DispatchSetText(int32_t opcode, int32_t index, const WCHAR* text);
+
+    // The part of the host callback that needs the bound object.
+    intptr_t OnHostCallback(int32_t opcode, int32_t index, intptr_t value, void* ptr, float opt);
+
+private:
+    ~CTqVstEffect();
+    HRESULT LoadPlugin2(const wchar_t* path, UINT32 uniqueId);
+    void UnloadPlugin2();
+    // The prelude shared by the three name operations; S_OK means go on.
+    HRESULT PrepareNameBuffer(WCHAR* name, UINT32 capacity) const;
+    bool IsUnselectedShell() const;
+    void FileBaseName(wchar_t (&base)[_MAX_FNAME]) const;
+    void SwitchProgram(int32_t program);
+    intptr_t HostGetTime(int32_t mask);
+    intptr_t HostGetDirectory();
+
+    volatile LONG m_refCount = 1;
+    CRITICAL_SECTION m_lock;
+    wchar_t m_path[MAX_PATH] = {};
+    tq::UniqueModule m_module;
+    vst2::AEffect* m_effect = nullptr;
+    tq::ComPtr<ITqVstMaster> m_master;
+    uint32_t m_state = 0;
+    float m_sampleRate = 0.0f;
+    int32_t m_blockSize = 0;
+    volatile LONG m_inIdle = 0;
+    volatile LONG m_inEditorIdle = 0;
+    vst2::VstTimeInfo m_timeInfo = {};
+    // Nothing attaches a log yet; the lines are formatted all the same.
+    CLog* m_log = nullptr;
+    // A buffer that lives only during one audioMasterGetDirectory call.
+    char m_directoryAnswer[MAX_PATH] = {};
+};
