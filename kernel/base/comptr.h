@@ -16,8 +16,7 @@ public:
     // Takes a new reference on p.
     explicit ComPtr(T* p) noexcept : m_ptr(p)
     {
-        if (m_ptr)
-            m_ptr->AddRef();
+        if (m_ptr) m_ptr->AddRef();
     }
     ComPtr(const ComPtr& other) noexcept : ComPtr(other.m_ptr) {}
     ComPtr(ComPtr&& other) noexcept : m_ptr(std::exchange(other.m_ptr, nullptr)) {}
@@ -40,8 +39,7 @@ public:
 
     void Reset() noexcept
     {
-        if (T* p = std::exchange(m_ptr, nullptr))
-            p->Release();
+        if (T* p = std::exchange(m_ptr, nullptr)) p->Release();
     }
 
     // For out parameters: releases what is held and hands out the slot.

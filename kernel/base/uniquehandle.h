@@ -16,11 +16,13 @@ class UniqueResource
 public:
     UniqueResource() noexcept = default;
     explicit UniqueResource(H h) noexcept : m_h(h) {}
-    UniqueResource(UniqueResource&& other) noexcept : m_h(std::exchange(other.m_h, Traits::Invalid())) {}
+    UniqueResource(UniqueResource&& other) noexcept
+        : m_h(std::exchange(other.m_h, Traits::Invalid()))
+    {
+    }
     UniqueResource& operator=(UniqueResource&& other) noexcept
     {
-        if (this != &other)
-            Reset(std::exchange(other.m_h, Traits::Invalid()));
+        if (this != &other) Reset(std::exchange(other.m_h, Traits::Invalid()));
         return *this;
     }
     UniqueResource(const UniqueResource&) = delete;
@@ -29,8 +31,7 @@ public:
 
     void Reset(H h = Traits::Invalid()) noexcept
     {
-        if (m_h != Traits::Invalid())
-            Traits::Close(m_h);
+        if (m_h != Traits::Invalid()) Traits::Close(m_h);
         m_h = h;
     }
     H Release() noexcept { return std::exchange(m_h, Traits::Invalid()); }
