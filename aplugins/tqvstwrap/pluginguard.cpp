@@ -1,4 +1,5 @@
-// Structured exception guards: guard frames, filter calls, the x64 fallback for broken unwind chains, FPU restore.
+// Structured exception guards: guard frames, filter calls, the x64 fallback for broken unwind
+// chains, FPU restore.
 #include "pluginguard.h"
 
 #include <cstdint>
@@ -6,15 +7,18 @@
 namespace tqvst {
 namespace {
 
-// The part of a guard that lives on the guarded thread's stack while the body runs. The guard routines in
-// pluginguard_<arch>.S use the fields up to stackPointer at fixed offsets (checked below).
+// The part of a guard that lives on the guarded thread's stack while the body runs. The guard
+// routines in pluginguard_<arch>.S use the fields up to stackPointer at fixed offsets (checked
+// below).
 struct GuardFrame
 {
 #ifndef _WIN64
-    GuardFrame* sehNext; // registration record linked at fs:[0]: how the dispatcher finds the guard
+    // The registration record linked at fs:[0]: how the dispatcher finds the guard.
+    GuardFrame* sehNext;
     void* sehHandler;
 #endif
-    uintptr_t stackPointer; // the guard routine's stack pointer while the body runs: where a stop lands
+    // The guard routine's stack pointer while the body runs: where a stop lands.
+    uintptr_t stackPointer;
     GuardFilter filter;
     void* filterContext;
     DWORD code;
@@ -34,13 +38,14 @@ static_assert(offsetof(GuardFrame, sehNext) == 0 && offsetof(GuardFrame, sehHand
 } // namespace tqvst
 
 extern "C" {
-// pluginguard_<arch>.S. Calls body(arg) inside the guard routine's frame; returns 1 when body returns, 0 when a
-// stop lands in the frame.
+// pluginguard_<arch>.S. Calls body(arg) inside the guard routine's frame; returns 1 when body
+// returns, 0 when a stop lands in the frame.
 int tq_guard_call(void* frame, void (*body)(void*), void* arg);
 #ifdef _WIN64
 // Entered, never called, with a GuardFrame* in rax: returns 0 from that frame's tq_guard_call.
 void tq_guard_resume();
-// The return address of the body's call inside tq_guard_call: how a stack walk recognises a guard.
+// The return address of the body's call inside tq_guard_call: how a stack walk recognises a
+// guard.
 extern const char tq_guard_return[];
 #else
 // Unwinds the registration records above frame, then returns 0 from frame's tq_guard_call.
@@ -54,16 +59,15 @@ namespace {
 // Asks the guard's filter; a guard that stops the exception remembers its code.
 bool Stops(GuardFrame& frame, EXCEPTION_POINTERS* pointers)
 {
-    if (frame.filter(pointers, frame.filterContext) != GuardVerdict::Stop)
-        return false;
+    if (frame.filter(pointers, frame.filterContext) != GuardVerdict::Stop) return false;
     frame.code = pointers->ExceptionRecord->ExceptionCode;
     return true;
 }
 
 #ifdef _WIN64
 
-// Where the thread's innermost guard is found (each frame links to the next one out), and the process's one
-// registration of the fallback below.
+// Where the thread's innermost guard is found (each frame links to the next one out), and the
+// process's one registration of the fallback below.
 class ThreadGuards
 {
 public:
@@ -75,7 +79,8 @@ public:
 
     GuardFrame* Innermost() const
     {
-        const DWORD error = GetLastError(); // TlsGetValue clears it, and plug-in code may still read it
+        // TlsGetValue clears the last error, and plug-in code may still read it.
+        const DWORD error = GetLastError();
         auto* frame = static_cast<GuardFrame*>(TlsGetValue(slot_));
         SetLastError(error);
         return frame;
@@ -117,7 +122,8 @@ private:
     GuardFrame& frame_;
 };
 
-// The guard routine keeps its GuardFrame* at this offset from its establisher frame (pluginguard_x64.S).
+// The guard routine keeps its GuardFrame* at this offset from its establisher frame
+// (pluginguard_x64.S).
 constexpr uintptr_t kFrameSlot = 192;
 
 GuardFrame& FrameAt(void* establisherFrame)
@@ -125,8 +131,8 @@ GuardFrame& FrameAt(void* establisherFrame)
     return **reinterpret_cast<GuardFrame**>(static_cast<char*>(establisherFrame) + kFrameSlot);
 }
 
-// The lowest address of the thread's committed stack, from its TIB (read directly: GCC 12 warns about
-// NtCurrentTeb's own read).
+// The lowest address of the thread's committed stack, from its TIB (read directly: GCC 12 warns
+// about NtCurrentTeb's own read).
 DWORD64 CurrentStackLimit()
 {
     DWORD64 limit;
@@ -141,9 +147,10 @@ enum class Walk
     Answered,     // visit ended the walk
 };
 
-// Follows the frames from `start` as the system's dispatcher does until it arrives at `target`'s guard routine,
-// calling visit(dispatch) for each frame with an exception handler; visit returns false to end the walk. Only the
-// frame the exception happened in may lack unwind data: it is then a leaf with its return address on top.
+// Follows the frames from `start` as the system's dispatcher does until it arrives at `target`'s
+// guard routine, calling visit(dispatch) for each frame with an exception handler; visit returns
+// false to end the walk. Only the frame the exception happened in may lack unwind data: it is then
+// a leaf with its return address on top.
 template <class Visit>
 Walk WalkFrames(const CONTEXT& start, bool startMayBeLeaf, const GuardFrame& target, Visit&& visit)
 {
@@ -152,9 +159,9 @@ Walk WalkFrames(const CONTEXT& start, bool startMayBeLeaf, const GuardFrame& tar
     for (bool leafAllowed = startMayBeLeaf;; leafAllowed = false)
     {
         if (context.Rsp == target.stackPointer)
-            return context.Rip == reinterpret_cast<DWORD64>(tq_guard_return) ? Walk::ReachesGuard : Walk::Broken;
-        if (context.Rsp > target.stackPointer || context.Rsp < stackLimit)
-            return Walk::Broken;
+            return context.Rip == reinterpret_cast<DWORD64>(tq_guard_return) ? Walk::ReachesGuard
+                                                                             : Walk::Broken;
+        if (context.Rsp > target.stackPointer || context.Rsp < stackLimit) return Walk::Broken;
 
         DISPATCHER_CONTEXT dispatch{};
         dispatch.ControlPc = context.Rip;
@@ -162,9 +169,9 @@ Walk WalkFrames(const CONTEXT& start, bool startMayBeLeaf, const GuardFrame& tar
         const DWORD64 stackPointer = context.Rsp;
         if (dispatch.FunctionEntry)
         {
-            dispatch.LanguageHandler =
-                RtlVirtualUnwind(UNW_FLAG_EHANDLER, dispatch.ImageBase, context.Rip, dispatch.FunctionEntry,
-                                 &context, &dispatch.HandlerData, &dispatch.EstablisherFrame, nullptr);
+            dispatch.LanguageHandler = RtlVirtualUnwind(
+                UNW_FLAG_EHANDLER, dispatch.ImageBase, context.Rip, dispatch.FunctionEntry,
+                &context, &dispatch.HandlerData, &dispatch.EstablisherFrame, nullptr);
         }
         else if (leafAllowed)
         {
@@ -176,24 +183,24 @@ Walk WalkFrames(const CONTEXT& start, bool startMayBeLeaf, const GuardFrame& tar
         {
             return Walk::Broken;
         }
-        if (context.Rsp <= stackPointer)
-            return Walk::Broken;
+        if (context.Rsp <= stackPointer) return Walk::Broken;
 
         if (dispatch.LanguageHandler)
         {
-            CONTEXT caller = context; // handlers may write to it; the walk goes on from the real one
+            // Handlers may write to the context they get; the walk goes on from the real one.
+            CONTEXT caller = context;
             dispatch.ContextRecord = &caller;
-            if (!visit(dispatch))
-                return Walk::Answered;
+            if (!visit(dispatch)) return Walk::Answered;
         }
     }
 }
 
 constexpr auto kKeepWalking = [](DISPATCHER_CONTEXT&) { return true; };
 
-// Does what the system's dispatcher would have done had the unwind chain not been broken between `start` and
-// `target`: offer the exception to the handlers it could still reach, then to the guards from `target` outwards.
-// Returns the guard that stops it; otherwise *answer tells what the handlers said.
+// Does what the system's dispatcher would have done had the unwind chain not been broken between
+// `start` and `target`: offer the exception to the handlers it could still reach, then to the
+// guards from `target` outwards. Returns the guard that stops it; otherwise *answer tells what the
+// handlers said.
 GuardFrame* FinishDispatch(EXCEPTION_POINTERS* pointers, const CONTEXT& start, bool startMayBeLeaf,
                            GuardFrame& target, EXCEPTION_DISPOSITION* answer)
 {
@@ -204,29 +211,30 @@ GuardFrame* FinishDispatch(EXCEPTION_POINTERS* pointers, const CONTEXT& start, b
                                            pointers->ContextRecord, &dispatch);
         return *answer == ExceptionContinueSearch;
     });
-    if (*answer != ExceptionContinueSearch)
-        return nullptr;
+    if (*answer != ExceptionContinueSearch) return nullptr;
     for (GuardFrame* frame = &target; frame; frame = frame->outer)
     {
-        if (Stops(*frame, pointers))
-            return frame;
+        if (Stops(*frame, pointers)) return frame;
     }
     return nullptr;
 }
 
-// First in line for every exception, but acts only when the chain from the fault to the innermost guard is broken
-// by code without unwind data; otherwise normal dispatch, plug-in handlers first, decides. A stop lands in the
-// stopping guard directly: the abandoned frames' cleanups do not run.
+// First in line for every exception, but acts only when the chain from the fault to the innermost
+// guard is broken by code without unwind data; otherwise normal dispatch, plug-in handlers first,
+// decides. A stop lands in the stopping guard directly: the abandoned frames' cleanups do not run.
 LONG CALLBACK Fallback(EXCEPTION_POINTERS* pointers)
 {
     GuardFrame* innermost = ThreadGuards::Get().Innermost();
-    if (!innermost || WalkFrames(*pointers->ContextRecord, true, *innermost, kKeepWalking) != Walk::Broken)
+    if (!innermost ||
+        WalkFrames(*pointers->ContextRecord, true, *innermost, kKeepWalking) != Walk::Broken)
         return EXCEPTION_CONTINUE_SEARCH;
 
     EXCEPTION_DISPOSITION answer;
-    GuardFrame* stopper = FinishDispatch(pointers, *pointers->ContextRecord, true, *innermost, &answer);
+    GuardFrame* stopper =
+        FinishDispatch(pointers, *pointers->ContextRecord, true, *innermost, &answer);
     if (!stopper)
-        return answer == ExceptionContinueExecution ? EXCEPTION_CONTINUE_EXECUTION : EXCEPTION_CONTINUE_SEARCH;
+        return answer == ExceptionContinueExecution ? EXCEPTION_CONTINUE_EXECUTION
+                                                    : EXCEPTION_CONTINUE_SEARCH;
     CONTEXT& context = *pointers->ContextRecord;
     context.Rip = reinterpret_cast<DWORD64>(&tq_guard_resume);
     context.Rax = reinterpret_cast<DWORD64>(stopper);
@@ -234,7 +242,8 @@ LONG CALLBACK Fallback(EXCEPTION_POINTERS* pointers)
     return EXCEPTION_CONTINUE_EXECUTION;
 }
 
-ThreadGuards::ThreadGuards() : slot_(TlsAlloc()), fallback_(AddVectoredExceptionHandler(0, &Fallback))
+ThreadGuards::ThreadGuards()
+    : slot_(TlsAlloc()), fallback_(AddVectoredExceptionHandler(0, &Fallback))
 {
 }
 
@@ -270,7 +279,8 @@ FloatingPointControl SaveFloatingPointControl()
     return control;
 }
 
-// fninit first: a caught x87 fault leaves a pending exception that the next x87 instruction would raise again.
+// fninit first: a caught x87 fault leaves a pending exception that the next x87 instruction would
+// raise again.
 void LoadFloatingPointControl(uint16_t x87, uint32_t sse)
 {
     asm volatile("fninit\n\tfldcw %0\n\tldmxcsr %1" : : "m"(x87), "m"(sse));
@@ -278,7 +288,8 @@ void LoadFloatingPointControl(uint16_t x87, uint32_t sse)
 
 } // namespace
 
-bool RunGuarded(void (*body)(void*), void* arg, GuardFilter filter, void* filterContext, DWORD* code) noexcept
+bool RunGuarded(void (*body)(void*), void* arg, GuardFilter filter, void* filterContext,
+                DWORD* code) noexcept
 {
     GuardFrame frame{};
     frame.filter = filter;
@@ -287,11 +298,9 @@ bool RunGuarded(void (*body)(void*), void* arg, GuardFilter filter, void* filter
 #ifdef _WIN64
     const ThreadGuardScope scope(frame);
 #endif
-    if (tq_guard_call(&frame, body, arg))
-        return true;
+    if (tq_guard_call(&frame, body, arg)) return true;
     LoadFloatingPointControl(control.x87, control.sse & ~kSseExceptionFlags);
-    if (code)
-        *code = frame.code;
+    if (code) *code = frame.code;
     return false;
 }
 
@@ -306,15 +315,16 @@ using tqvst::GuardFrame;
 
 #ifdef _WIN64
 
-// The guard routine's handler for exceptions raised in the body (normal dispatch reached the guard) and for
-// unwinds passing through it.
+// The guard routine's handler for exceptions raised in the body (normal dispatch reached the guard)
+// and for unwinds passing through it.
 extern "C" EXCEPTION_DISPOSITION tq_guard_handler(EXCEPTION_RECORD* record, void* establisherFrame,
                                                   CONTEXT* context, DISPATCHER_CONTEXT*)
 {
     GuardFrame& frame = tqvst::FrameAt(establisherFrame);
     if (IS_UNWINDING(record->ExceptionFlags))
     {
-        // Someone's handler (or this guard) is unwinding the body: the guard no longer encloses the thread.
+        // Someone's handler (or this guard) is unwinding the body: the guard no longer encloses the
+        // thread.
         tqvst::ThreadGuards::Get().SetInnermost(frame.outer);
         return ExceptionContinueSearch;
     }
@@ -323,39 +333,40 @@ extern "C" EXCEPTION_DISPOSITION tq_guard_handler(EXCEPTION_RECORD* record, void
     GuardFrame* stopper = tqvst::Stops(frame, &pointers) ? &frame : nullptr;
     if (!stopper && frame.outer)
     {
-        // Passed on, but the way to the next guard out may be broken: then do the rest of the dispatch here.
+        // Passed on, but the way to the next guard out may be broken: then do the rest of the
+        // dispatch here.
         const CONTEXT caller = tqvst::CallerOf(frame);
-        if (tqvst::WalkFrames(caller, false, *frame.outer, tqvst::kKeepWalking) == tqvst::Walk::Broken)
+        if (tqvst::WalkFrames(caller, false, *frame.outer, tqvst::kKeepWalking) ==
+            tqvst::Walk::Broken)
         {
             EXCEPTION_DISPOSITION answer;
             stopper = tqvst::FinishDispatch(&pointers, caller, false, *frame.outer, &answer);
-            if (answer == ExceptionContinueExecution)
-                return answer;
+            if (answer == ExceptionContinueExecution) return answer;
         }
     }
-    if (!stopper)
-        return ExceptionContinueSearch;
+    if (!stopper) return ExceptionContinueSearch;
 
-    // Unwind the body down to this guard, running the cleanups on the way, then land in the stopping guard:
-    // this one, or an outer one past a broken chain (tq_guard_resume takes it in rax).
+    // Unwind the body down to this guard, running the cleanups on the way, then land in the
+    // stopping guard: this one, or an outer one past a broken chain (tq_guard_resume takes it in
+    // rax).
     CONTEXT scratch;
-    RtlUnwindEx(establisherFrame, reinterpret_cast<void*>(&tq_guard_resume), record, stopper, &scratch, nullptr);
+    RtlUnwindEx(establisherFrame, reinterpret_cast<void*>(&tq_guard_resume), record, stopper,
+                &scratch, nullptr);
     __builtin_unreachable();
 }
 
 #else
 
-// The handler of the guard's registration record. It never returns ExceptionContinueExecution for a stop: the
-// faulting instruction would run again.
-extern "C" EXCEPTION_DISPOSITION __cdecl tq_guard_handler(EXCEPTION_RECORD* record, void* registration,
-                                                          CONTEXT* context, void*)
+// The handler of the guard's registration record. It never returns ExceptionContinueExecution for a
+// stop: the faulting instruction would run again.
+extern "C" EXCEPTION_DISPOSITION __cdecl tq_guard_handler(EXCEPTION_RECORD* record,
+                                                          void* registration, CONTEXT* context,
+                                                          void*)
 {
-    if (IS_UNWINDING(record->ExceptionFlags))
-        return ExceptionContinueSearch;
+    if (IS_UNWINDING(record->ExceptionFlags)) return ExceptionContinueSearch;
     GuardFrame& frame = *static_cast<GuardFrame*>(registration);
     EXCEPTION_POINTERS pointers{record, context};
-    if (!tqvst::Stops(frame, &pointers))
-        return ExceptionContinueSearch;
+    if (!tqvst::Stops(frame, &pointers)) return ExceptionContinueSearch;
     tq_guard_unwind(&frame, record);
 }
 

@@ -22,11 +22,11 @@ using GuardFilter = GuardVerdict (*)(EXCEPTION_POINTERS* pointers, void* context
 // SSE control state is restored to what it was on entry, and *code (if given) receives the
 // exception code. Exceptions the filter passes on continue to outer handlers; handlers the
 // guarded code installs itself (C++ exceptions, its own SEH frames) see their exceptions first.
-// Works when the faulting code has no unwind information; frames beyond such code are abandoned
-// without their cleanups. Guards nest, per thread, and an exception passed on reaches the next
-// guard out even across such code.
+// Works when code without unwind information stands between the fault and the guard; the frames
+// in between are then abandoned without their cleanups. Guards nest, per thread, and an exception
+// passed on reaches the next guard out even across such code.
 // The filter runs while the exception is dispatched, on the faulting thread, with the faulting
-// code's floating-point state: it must be quick, raise nothing and do no floating point.
+// code's floating-point state: it must be quick, raise nothing and do no floating-point arithmetic.
 bool RunGuarded(void (*body)(void*), void* arg, GuardFilter filter, void* filterContext,
                 DWORD* code = nullptr) noexcept;
 
