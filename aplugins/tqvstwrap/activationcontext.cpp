@@ -34,8 +34,7 @@ ScopedActivationContext::ScopedActivationContext() noexcept
 
 ScopedActivationContext::~ScopedActivationContext()
 {
-    if (m_active)
-        DeactivateActCtx(0, m_cookie);
+    if (m_active) DeactivateActCtx(0, m_cookie);
 }
 
 } // namespace tqvst

@@ -25,8 +25,7 @@ CLSID ServerClassId(DWORD processId)
 
 HRESULT STDMETHODCALLTYPE CTqVstEffectFactory::QueryInterface(REFIID riid, void** object)
 {
-    if (!object)
-        return E_POINTER;
+    if (!object) return E_POINTER;
     if (riid == IID_IUnknown || riid == IID_IClassFactory || riid == IID_ITqVstEffectFactory)
     {
         *object = static_cast<ITqVstEffectFactory*>(this);
@@ -43,13 +42,15 @@ HRESULT STDMETHODCALLTYPE CTqVstEffectFactory::QueryInterface(REFIID riid, void*
     return E_NOINTERFACE;
 }
 
-ULONG STDMETHODCALLTYPE CTqVstEffectFactory::AddRef() { return InterlockedIncrement(&m_refCount); }
+ULONG STDMETHODCALLTYPE CTqVstEffectFactory::AddRef()
+{
+    return InterlockedIncrement(&m_refCount);
+}
 
 ULONG STDMETHODCALLTYPE CTqVstEffectFactory::Release()
 {
     const ULONG count = InterlockedDecrement(&m_refCount);
-    if (count == 0)
-        delete this;
+    if (count == 0) delete this;
     return count;
 }
 
@@ -57,8 +58,7 @@ ULONG STDMETHODCALLTYPE CTqVstEffectFactory::Release()
 HRESULT STDMETHODCALLTYPE CTqVstEffectFactory::CreateInstance(IUnknown* outer, REFIID riid,
                                                               void** object)
 {
-    if (outer)
-        return CLASS_E_NOAGGREGATION;
+    if (outer) return CLASS_E_NOAGGREGATION;
     return QueryInterface(riid, object);
 }
 
@@ -74,24 +74,24 @@ HRESULT STDMETHODCALLTYPE CTqVstEffectFactory::LockServer(BOOL lock)
 
 DWORD STDMETHODCALLTYPE CTqVstEffectFactory::AddConnection(DWORD type, DWORD)
 {
-    if (!(type & EXTCONN_STRONG) || !m_published)
-        return 0;
+    if (!(type & EXTCONN_STRONG) || !m_published) return 0;
     LockServer(TRUE);
     return static_cast<DWORD>(InterlockedIncrement(&m_hostConnections));
 }
 
 DWORD STDMETHODCALLTYPE CTqVstEffectFactory::ReleaseConnection(DWORD type, DWORD, BOOL)
 {
-    if (!(type & EXTCONN_STRONG) || m_hostConnections <= 0)
-        return 0;
+    if (!(type & EXTCONN_STRONG) || m_hostConnections <= 0) return 0;
     const LONG left = InterlockedDecrement(&m_hostConnections);
     LockServer(FALSE);
     return static_cast<DWORD>(left);
 }
 
-HRESULT STDMETHODCALLTYPE CTqVstEffectFactory::GetEffectInfoForFile(
-    const WCHAR* path, UINT32 uniqueId, WCHAR* name, WCHAR* vendor, WCHAR* product,
-    TqVstEffectInfo* info, UINT32 timeoutMs)
+HRESULT STDMETHODCALLTYPE CTqVstEffectFactory::GetEffectInfoForFile(const WCHAR* path,
+                                                                    UINT32 uniqueId, WCHAR* name,
+                                                                    WCHAR* vendor, WCHAR* product,
+                                                                    TqVstEffectInfo* info,
+                                                                    UINT32 timeoutMs)
 {
     return tqvst::GetEffectInfoForFile(path, uniqueId, name, vendor, product, info, timeoutMs);
 }
@@ -104,14 +104,11 @@ HRESULT STDMETHODCALLTYPE CTqVstEffectFactory::CreateEffect(const WCHAR* path, U
 
 HRESULT RegisterVstClassObject(DWORD threadId, const wchar_t* vendor, const wchar_t* product)
 {
-    if (g_quitThreadId == 0)
-        g_quitThreadId = threadId;
-    if (g_classCookie != 0)
-        return S_FALSE;
+    if (g_quitThreadId == 0) g_quitThreadId = threadId;
+    if (g_classCookie != 0) return S_FALSE;
     SetHostStrings(vendor, product);
     auto* made = new (std::nothrow) CTqVstEffectFactory;
-    if (!made)
-        return E_OUTOFMEMORY;
+    if (!made) return E_OUTOFMEMORY;
     auto factory = tq::ComPtr<ITqVstEffectFactory>::Attach(made);
     const CLSID clsid = ServerClassId(GetCurrentProcessId());
     const HRESULT hr = CoRegisterClassObject(clsid, factory.Get(), CLSCTX_LOCAL_SERVER,
@@ -122,8 +119,7 @@ HRESULT RegisterVstClassObject(DWORD threadId, const wchar_t* vendor, const wcha
 
 HRESULT RevokeVstClassObject()
 {
-    if (g_classCookie == 0)
-        return S_FALSE;
+    if (g_classCookie == 0) return S_FALSE;
     const HRESULT hr = CoRevokeClassObject(g_classCookie);
     g_classCookie = 0;
     return hr;

@@ -26,8 +26,7 @@ bool IsExcluded(const WCHAR* path)
 {
     const WCHAR* file = PathFindFileNameW(path);
     for (const wchar_t* excluded : kExcludedFiles)
-        if (lstrcmpiW(file, excluded) == 0)
-            return true;
+        if (lstrcmpiW(file, excluded) == 0) return true;
     return false;
 }
 
@@ -58,8 +57,7 @@ void ReadEffectFacts(EffectLoadRequest& request)
         effect->GetProductName(request.product, kFactCapacity);
         effect->GetEffectInfo(request.info);
     }
-    if (request.result == kWrongMachineType && request.info)
-        request.info->state &= ~1u;
+    if (request.result == kWrongMachineType && request.info) request.info->state &= ~1u;
 }
 
 HRESULT GetEffectInfoForFile(const WCHAR* path, UINT32 uniqueId, WCHAR* name, WCHAR* vendor,
@@ -67,14 +65,10 @@ HRESULT GetEffectInfoForFile(const WCHAR* path, UINT32 uniqueId, WCHAR* name, WC
 {
     // Hosts get clean buffers whatever happens below.
     for (WCHAR* text : {name, vendor, product})
-        if (text)
-            ZeroMemory(text, kFactCapacity * sizeof(WCHAR));
-    if (info)
-        *info = {};
-    if (!path)
-        return E_INVALIDARG;
-    if (IsExcluded(path))
-        return E_INVALIDARG;
+        if (text) ZeroMemory(text, kFactCapacity * sizeof(WCHAR));
+    if (info) *info = {};
+    if (!path) return E_INVALIDARG;
+    if (IsExcluded(path)) return E_INVALIDARG;
     g_loadRequest = {S_OK, uniqueId, path, name, vendor, product, info};
     // Every call runs on the calling thread until the load worker can take timed calls.
     ErrorReport_StartTrapBypass();
@@ -85,16 +79,14 @@ HRESULT GetEffectInfoForFile(const WCHAR* path, UINT32 uniqueId, WCHAR* name, WC
 
 HRESULT CreateEffect(const WCHAR* path, UINT32 uniqueId, REFIID riid, void** object)
 {
-    if (!path || !object)
-        return E_INVALIDARG;
+    if (!path || !object) return E_INVALIDARG;
     *object = nullptr;
     HRESULT hr = S_FALSE;
     auto effect = tq::ComPtr<ITqVstEffect>::Attach(OpenEffectObject(path, uniqueId, &hr));
     if (effect && hr >= 0)
     {
         const HRESULT query = effect->QueryInterface(riid, object);
-        if (FAILED(query))
-            hr = query;
+        if (FAILED(query)) hr = query;
     }
     return hr;
 }

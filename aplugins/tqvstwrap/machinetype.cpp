@@ -9,8 +9,7 @@ namespace {
 
 bool ReadAt(HANDLE file, LONG offset, void* buffer, DWORD size)
 {
-    if (SetFilePointer(file, offset, nullptr, FILE_BEGIN) == INVALID_SET_FILE_POINTER)
-        return false;
+    if (SetFilePointer(file, offset, nullptr, FILE_BEGIN) == INVALID_SET_FILE_POINTER) return false;
     DWORD read = 0;
     return ReadFile(file, buffer, size, &read, nullptr) && read == size;
 }
@@ -19,10 +18,9 @@ bool ReadAt(HANDLE file, LONG offset, void* buffer, DWORD size)
 
 WORD ReadMachineType(const wchar_t* path)
 {
-    tq::UniqueFile file(CreateFileW(path, GENERIC_READ, FILE_SHARE_READ | FILE_SHARE_WRITE,
-                                    nullptr, OPEN_EXISTING, FILE_ATTRIBUTE_NORMAL, nullptr));
-    if (!file)
-        return 0;
+    tq::UniqueFile file(CreateFileW(path, GENERIC_READ, FILE_SHARE_READ | FILE_SHARE_WRITE, nullptr,
+                                    OPEN_EXISTING, FILE_ATTRIBUTE_NORMAL, nullptr));
+    if (!file) return 0;
     IMAGE_DOS_HEADER dos = {};
     if (!ReadAt(file.Get(), 0, &dos, sizeof(dos)) || dos.e_magic != IMAGE_DOS_SIGNATURE ||
         dos.e_lfanew <= 0)

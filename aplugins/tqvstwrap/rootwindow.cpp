@@ -17,8 +17,7 @@ static_assert(kListBoxStyle == 0x50200180);
 RootWindow* RootWindow::Create(HINSTANCE instance)
 {
     auto* self = new (std::nothrow) RootWindow;
-    if (!self)
-        return nullptr;
+    if (!self) return nullptr;
     WNDCLASSW wc = {};
     wc.hInstance = instance;
     self->DescribeClass(wc);
@@ -32,8 +31,7 @@ RootWindow* RootWindow::Create(HINSTANCE instance)
     if (!window)
     {
         // A window that got as far as WM_NCCREATE may have deleted its object on WM_NCDESTROY.
-        if (!deleted)
-            delete self;
+        if (!deleted) delete self;
         return nullptr;
     }
     self->m_deletedFlag = nullptr;
@@ -58,8 +56,7 @@ LRESULT RootWindow::HandleMessage(UINT message, WPARAM wParam, LPARAM lParam)
     case WM_CREATE:
         m_listBox = CreateWindowExW(0, L"ListBox", nullptr, kListBoxStyle, 0, 0, 0, 0, m_window,
                                     nullptr, nullptr, nullptr);
-        if (!m_listBox)
-            return -1;
+        if (!m_listBox) return -1;
         SetAnchorWindow(m_window);
         return 0;
     case WM_SIZE:
@@ -75,8 +72,7 @@ LRESULT RootWindow::HandleMessage(UINT message, WPARAM wParam, LPARAM lParam)
     case WM_NCDESTROY:
         // Intended: while effects still hold the server, the object is deliberately not deleted
         // and the server lives on without its window until the last effect goes.
-        if (IsServerInUse())
-            return 0;
+        if (IsServerInUse()) return 0;
         PostQuitMessage(0);
         break;
     default:

@@ -13,8 +13,7 @@ bool IsServerInUse()
 
 void CheckServerQuit()
 {
-    if (IsServerInUse() || g_quitThreadId == 0)
-        return;
+    if (IsServerInUse() || g_quitThreadId == 0) return;
     PostThreadMessageW(g_quitThreadId, WM_QUIT, 0, 0);
     // Cleared so that WM_QUIT is posted at most once, whatever changes later.
     g_quitThreadId = 0;
@@ -29,4 +28,7 @@ void AdjustObjectCount(bool up)
     CheckServerQuit();
 }
 
-void SetAnchorWindow(HWND window) { g_anchorWindow = window; }
+void SetAnchorWindow(HWND window)
+{
+    g_anchorWindow = window;
+}

@@ -10,12 +10,14 @@ CTqVst3Effect::CTqVst3Effect(const wchar_t*, UINT32, HRESULT* result)
     AdjustObjectCount(true);
 }
 
-CTqVst3Effect::~CTqVst3Effect() { AdjustObjectCount(false); }
+CTqVst3Effect::~CTqVst3Effect()
+{
+    AdjustObjectCount(false);
+}
 
 HRESULT STDMETHODCALLTYPE CTqVst3Effect::QueryInterface(REFIID riid, void** object)
 {
-    if (!object)
-        return E_POINTER;
+    if (!object) return E_POINTER;
     if (riid == IID_IUnknown || riid == IID_ITqVstEffect)
     {
         *object = static_cast<ITqVstEffect*>(this);
@@ -26,23 +28,23 @@ HRESULT STDMETHODCALLTYPE CTqVst3Effect::QueryInterface(REFIID riid, void** obje
     return E_NOINTERFACE;
 }
 
-ULONG STDMETHODCALLTYPE CTqVst3Effect::AddRef() { return InterlockedIncrement(&m_refCount); }
+ULONG STDMETHODCALLTYPE CTqVst3Effect::AddRef()
+{
+    return InterlockedIncrement(&m_refCount);
+}
 
 ULONG STDMETHODCALLTYPE CTqVst3Effect::Release()
 {
     const ULONG count = InterlockedDecrement(&m_refCount);
-    if (count == 0)
-        delete this;
+    if (count == 0) delete this;
     return count;
 }
 
 namespace {
 HRESULT ClearedName(WCHAR* name, UINT32 capacity)
 {
-    if (!name)
-        return E_INVALIDARG;
-    if (capacity > 0)
-        name[0] = 0;
+    if (!name) return E_INVALIDARG;
+    if (capacity > 0) name[0] = 0;
     return TQVST_E_NOSELECTION;
 }
 } // namespace
@@ -65,31 +67,49 @@ HRESULT STDMETHODCALLTYPE CTqVst3Effect::GetEffectInfo(TqVstEffectInfo* info)
 }
 HRESULT STDMETHODCALLTYPE CTqVst3Effect::GetNextShellPlugin(UINT32* id, WCHAR* name, INT32 capacity)
 {
-    if (id)
-        *id = 0;
-    if (name && capacity > 0)
-        name[0] = 0;
+    if (id) *id = 0;
+    if (name && capacity > 0) name[0] = 0;
     return TQVST_E_NOSELECTION;
 }
 HRESULT STDMETHODCALLTYPE CTqVst3Effect::SetMaster(IUnknown* master)
 {
     return master ? TQVST_E_NOSELECTION : S_FALSE;
 }
-HRESULT STDMETHODCALLTYPE CTqVst3Effect::Idle() { return S_OK; }
-HRESULT STDMETHODCALLTYPE CTqVst3Effect::Suspend(INT32) { return S_OK; }
-HRESULT STDMETHODCALLTYPE CTqVst3Effect::Resume(INT32) { return S_OK; }
-HRESULT STDMETHODCALLTYPE CTqVst3Effect::SetSampleRate(double) { return E_NOTIMPL; }
-HRESULT STDMETHODCALLTYPE CTqVst3Effect::SetSampleType(UINT32) { return E_NOTIMPL; }
-HRESULT STDMETHODCALLTYPE CTqVst3Effect::SetChannelCount(INT32) { return E_NOTIMPL; }
-HRESULT STDMETHODCALLTYPE CTqVst3Effect::SetBlockSize(INT32) { return E_NOTIMPL; }
+HRESULT STDMETHODCALLTYPE CTqVst3Effect::Idle()
+{
+    return S_OK;
+}
+HRESULT STDMETHODCALLTYPE CTqVst3Effect::Suspend(INT32)
+{
+    return S_OK;
+}
+HRESULT STDMETHODCALLTYPE CTqVst3Effect::Resume(INT32)
+{
+    return S_OK;
+}
+HRESULT STDMETHODCALLTYPE CTqVst3Effect::SetSampleRate(double)
+{
+    return E_NOTIMPL;
+}
+HRESULT STDMETHODCALLTYPE CTqVst3Effect::SetSampleType(UINT32)
+{
+    return E_NOTIMPL;
+}
+HRESULT STDMETHODCALLTYPE CTqVst3Effect::SetChannelCount(INT32)
+{
+    return E_NOTIMPL;
+}
+HRESULT STDMETHODCALLTYPE CTqVst3Effect::SetBlockSize(INT32)
+{
+    return E_NOTIMPL;
+}
 HRESULT STDMETHODCALLTYPE CTqVst3Effect::GetParameterProperties(UINT32, TqVstParameterProperties*)
 {
     return E_NOTIMPL;
 }
 HRESULT STDMETHODCALLTYPE CTqVst3Effect::CanParameterBeAutomated(UINT32, UINT32* yes)
 {
-    if (yes)
-        *yes = 0;
+    if (yes) *yes = 0;
     return E_NOTIMPL;
 }
 HRESULT STDMETHODCALLTYPE CTqVst3Effect::GetParameterName(UINT32, WCHAR*, UINT32)
@@ -104,30 +124,80 @@ HRESULT STDMETHODCALLTYPE CTqVst3Effect::GetParameterLabel(UINT32, WCHAR*, UINT3
 {
     return E_NOTIMPL;
 }
-HRESULT STDMETHODCALLTYPE CTqVst3Effect::GetParameter(UINT32, float*) { return E_NOTIMPL; }
-HRESULT STDMETHODCALLTYPE CTqVst3Effect::SetParameter(UINT32, float) { return E_NOTIMPL; }
-HRESULT STDMETHODCALLTYPE CTqVst3Effect::GetInitialDelay(UINT32*) { return E_NOTIMPL; }
-HRESULT STDMETHODCALLTYPE CTqVst3Effect::GetTailSize(UINT32*) { return E_NOTIMPL; }
+HRESULT STDMETHODCALLTYPE CTqVst3Effect::GetParameter(UINT32, float*)
+{
+    return E_NOTIMPL;
+}
+HRESULT STDMETHODCALLTYPE CTqVst3Effect::SetParameter(UINT32, float)
+{
+    return E_NOTIMPL;
+}
+HRESULT STDMETHODCALLTYPE CTqVst3Effect::GetInitialDelay(UINT32*)
+{
+    return E_NOTIMPL;
+}
+HRESULT STDMETHODCALLTYPE CTqVst3Effect::GetTailSize(UINT32*)
+{
+    return E_NOTIMPL;
+}
 HRESULT STDMETHODCALLTYPE CTqVst3Effect::Process(BYTE*, UINT32, BYTE*, INT32, UINT32, UINT32)
 {
     return E_NOTIMPL;
 }
-HRESULT STDMETHODCALLTYPE CTqVst3Effect::ProcessReplace() { return E_NOTIMPL; }
-HRESULT STDMETHODCALLTYPE CTqVst3Effect::GetProgram(UINT32*) { return E_NOTIMPL; }
-HRESULT STDMETHODCALLTYPE CTqVst3Effect::SetProgram(INT32) { return E_NOTIMPL; }
-HRESULT STDMETHODCALLTYPE CTqVst3Effect::GetProgramName(INT32, WCHAR*, UINT32) { return E_NOTIMPL; }
-HRESULT STDMETHODCALLTYPE CTqVst3Effect::SetProgramName(const WCHAR*) { return E_NOTIMPL; }
-HRESULT STDMETHODCALLTYPE CTqVst3Effect::SavePreset(IStream*, UINT32*) { return E_NOTIMPL; }
-HRESULT STDMETHODCALLTYPE CTqVst3Effect::LoadPreset(IStream*) { return E_NOTIMPL; }
-HRESULT STDMETHODCALLTYPE CTqVst3Effect::SaveBank(IStream*, UINT32*) { return E_NOTIMPL; }
-HRESULT STDMETHODCALLTYPE CTqVst3Effect::LoadBank(IStream*, UINT32) { return E_NOTIMPL; }
-HRESULT STDMETHODCALLTYPE CTqVst3Effect::OpenEditor(HWND, UINT32*) { return E_NOTIMPL; }
-HRESULT STDMETHODCALLTYPE CTqVst3Effect::EditorIdle() { return S_OK; }
-HRESULT STDMETHODCALLTYPE CTqVst3Effect::CloseEditor() { return S_FALSE; }
-HRESULT STDMETHODCALLTYPE CTqVst3Effect::ResizeEditor(INT32, INT32) { return E_NOTIMPL; }
+HRESULT STDMETHODCALLTYPE CTqVst3Effect::ProcessReplace()
+{
+    return E_NOTIMPL;
+}
+HRESULT STDMETHODCALLTYPE CTqVst3Effect::GetProgram(UINT32*)
+{
+    return E_NOTIMPL;
+}
+HRESULT STDMETHODCALLTYPE CTqVst3Effect::SetProgram(INT32)
+{
+    return E_NOTIMPL;
+}
+HRESULT STDMETHODCALLTYPE CTqVst3Effect::GetProgramName(INT32, WCHAR*, UINT32)
+{
+    return E_NOTIMPL;
+}
+HRESULT STDMETHODCALLTYPE CTqVst3Effect::SetProgramName(const WCHAR*)
+{
+    return E_NOTIMPL;
+}
+HRESULT STDMETHODCALLTYPE CTqVst3Effect::SavePreset(IStream*, UINT32*)
+{
+    return E_NOTIMPL;
+}
+HRESULT STDMETHODCALLTYPE CTqVst3Effect::LoadPreset(IStream*)
+{
+    return E_NOTIMPL;
+}
+HRESULT STDMETHODCALLTYPE CTqVst3Effect::SaveBank(IStream*, UINT32*)
+{
+    return E_NOTIMPL;
+}
+HRESULT STDMETHODCALLTYPE CTqVst3Effect::LoadBank(IStream*, UINT32)
+{
+    return E_NOTIMPL;
+}
+HRESULT STDMETHODCALLTYPE CTqVst3Effect::OpenEditor(HWND, UINT32*)
+{
+    return E_NOTIMPL;
+}
+HRESULT STDMETHODCALLTYPE CTqVst3Effect::EditorIdle()
+{
+    return S_OK;
+}
+HRESULT STDMETHODCALLTYPE CTqVst3Effect::CloseEditor()
+{
+    return S_FALSE;
+}
+HRESULT STDMETHODCALLTYPE CTqVst3Effect::ResizeEditor(INT32, INT32)
+{
+    return E_NOTIMPL;
+}
 HRESULT STDMETHODCALLTYPE CTqVst3Effect::CanResizeEditor(UINT32* yes)
 {
-    if (yes)
-        *yes = 0;
+    if (yes) *yes = 0;
     return S_OK;
 }

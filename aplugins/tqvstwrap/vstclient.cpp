@@ -95,10 +95,8 @@ HRESULT GetInProcessFactory(REFIID riid, void** object, const wchar_t* vendor,
                             const wchar_t* product)
 {
     SetHostStrings(vendor, product);
-    auto factory = tq::ComPtr<ITqVstEffectFactory>::Attach(new (std::nothrow)
-                                                               CTqVstEffectFactory);
-    if (!factory)
-        return E_OUTOFMEMORY;
+    auto factory = tq::ComPtr<ITqVstEffectFactory>::Attach(new (std::nothrow) CTqVstEffectFactory);
+    if (!factory) return E_OUTOFMEMORY;
     return factory->QueryInterface(riid, object);
 }
 
@@ -107,18 +105,15 @@ std::wstring ServerCommandLine(int location, const wchar_t* eventName, const wch
 {
     wchar_t server[MAX_PATH];
     ClientFolder(server);
-    if (location == kTqVstServer32)
-        PathAppendW(server, L"x86");
+    if (location == kTqVstServer32) PathAppendW(server, L"x86");
     PathAppendW(server, L"tqvstserver.exe");
     // Values are written as they are, quotation marks included: the server's switch rules are
     // the only contract.
     std::wstring line = server;
     line += L" -Event ";
     line += eventName;
-    if (vendor)
-        line.append(L" -Vendor \"").append(vendor).append(L"\"");
-    if (product)
-        line.append(L" -Product \"").append(product).append(L"\"");
+    if (vendor) line.append(L" -Vendor \"").append(vendor).append(L"\"");
+    if (product) line.append(L" -Product \"").append(product).append(L"\"");
     return line;
 }
 
@@ -132,8 +127,7 @@ HRESULT StartServer(int location, const wchar_t* vendor, const wchar_t* product,
                static_cast<int>(GetCurrentProcessId()));
     eventName[std::size(eventName) - 1] = 0;
     tq::UniqueHandle ready(CreateEventW(nullptr, FALSE, FALSE, eventName));
-    if (!ready)
-        return firstAttempt;
+    if (!ready) return firstAttempt;
 
     std::wstring line = ServerCommandLine(location, eventName, vendor, product);
     STARTUPINFOW startup = {};
@@ -158,8 +152,7 @@ HRESULT StartServer(int location, const wchar_t* vendor, const wchar_t* product,
         hr = CoGetClassObject(state.clsid, kServerContext, nullptr, IID_IClassFactory,
                               classObject.PutVoid());
     // The location keeps the id on failure, so a later call can still find a late starter.
-    if (FAILED(hr))
-        ErrorReport_StopMonitoringProcess(started.dwProcessId);
+    if (FAILED(hr)) ErrorReport_StopMonitoringProcess(started.dwProcessId);
     return hr;
 }
 
@@ -168,17 +161,12 @@ HRESULT StartServer(int location, const wchar_t* vendor, const wchar_t* product,
 extern "C" HRESULT GetVstFactory(int location, REFIID riid, void** object, const wchar_t* vendor,
                                  const wchar_t* product, DWORD* serverProcessId, DWORD* useCount)
 {
-    if (serverProcessId)
-        *serverProcessId = 0;
-    if (useCount)
-        *useCount = 0;
-    if (!object)
-        return E_POINTER;
+    if (serverProcessId) *serverProcessId = 0;
+    if (useCount) *useCount = 0;
+    if (!object) return E_POINTER;
     *object = nullptr;
-    if (location == kTqVstInProcess)
-        return GetInProcessFactory(riid, object, vendor, product);
-    if (location != kTqVstServer && location != kTqVstServer32)
-        return E_INVALIDARG;
+    if (location == kTqVstInProcess) return GetInProcessFactory(riid, object, vendor, product);
+    if (location != kTqVstServer && location != kTqVstServer32) return E_INVALIDARG;
 
     EnsureProxyStubRegistered();
     LocationState& state = g_locations[location];
@@ -188,25 +176,21 @@ extern "C" HRESULT GetVstFactory(int location, REFIID riid, void** object, const
     if (FAILED(hr))
     {
         hr = StartServer(location, vendor, product, classObject, hr);
-        if (FAILED(hr))
-            return hr;
+        if (FAILED(hr)) return hr;
     }
     hr = classObject->CreateInstance(nullptr, riid, object);
     if (SUCCEEDED(hr))
     {
         const LONG count = InterlockedIncrement(&state.useCount);
-        if (serverProcessId)
-            *serverProcessId = state.processId;
-        if (useCount)
-            *useCount = static_cast<DWORD>(count);
+        if (serverProcessId) *serverProcessId = state.processId;
+        if (useCount) *useCount = static_cast<DWORD>(count);
     }
     return hr;
 }
 
 extern "C" HRESULT ReleaseVstFactory(int location, IUnknown* factory)
 {
-    if (!factory)
-        return S_OK;
+    if (!factory) return S_OK;
     HRESULT hr = S_OK;
     const bool completed = tqvst::Guarded(
         [&] {
@@ -230,16 +214,20 @@ extern "C" HRESULT ReleaseVstFactory(int location, IUnknown* factory)
 extern "C" HRESULT CreateEffectForFile(const wchar_t* path, UINT32 uniqueId, REFIID riid,
                                        void** object)
 {
-    if (!path || !object)
-        return E_INVALIDARG;
+    if (!path || !object) return E_INVALIDARG;
     *object = nullptr;
+#ifdef _WIN64
+    constexpr WORD kOwnMachine = IMAGE_FILE_MACHINE_AMD64;
+#else
+    constexpr WORD kOwnMachine = IMAGE_FILE_MACHINE_I386;
+#endif
+    // A plug-in built for this process's machine loads here; any other goes to the 32-bit server.
     const int location =
-        tqvst::ReadMachineType(path) == IMAGE_FILE_MACHINE_AMD64 ? kTqVstInProcess : kTqVstServer32;
+        tqvst::ReadMachineType(path) == kOwnMachine ? kTqVstInProcess : kTqVstServer32;
     tq::ComPtr<ITqVstEffectFactory> factory;
     HRESULT hr = GetVstFactory(location, IID_ITqVstEffectFactory, factory.PutVoid(), nullptr,
                                nullptr, nullptr, nullptr);
-    if (FAILED(hr))
-        return hr;
+    if (FAILED(hr)) return hr;
     hr = factory->CreateEffect(path, uniqueId, riid, object);
     ReleaseVstFactory(location, factory.Detach());
     return hr;
@@ -249,21 +237,18 @@ extern "C" HRESULT RegisterVstProxyStub(const wchar_t* path, DWORD* cookie)
 {
     DWORD registration = 0;
     const auto finish = [&](HRESULT hr) {
-        if (cookie)
-            *cookie = registration;
+        if (cookie) *cookie = registration;
         return hr;
     };
     HINSTANCE library = CoLoadLibrary(const_cast<LPOLESTR>(path), TRUE);
-    if (!library)
-        return finish(E_FAIL);
+    if (!library) return finish(E_FAIL);
 
     using GetProxyDllInfoProc = void(STDAPICALLTYPE*)(const ProxyFileList***, const CLSID**);
     using GetClassObjectProc = HRESULT(STDAPICALLTYPE*)(REFCLSID, REFIID, void**);
     auto getInfo = tq::GetProc<GetProxyDllInfoProc>(library, "GetProxyDllInfo");
     const ProxyFileList** files = nullptr;
     const CLSID* classId = nullptr;
-    if (getInfo)
-        getInfo(&files, &classId);
+    if (getInfo) getInfo(&files, &classId);
     auto getClassObject = tq::GetProc<GetClassObjectProc>(library, "DllGetClassObject");
     if (!files || !classId || !files[0] || files[0]->tableVersion != 2 || !getClassObject)
     {
@@ -289,14 +274,12 @@ extern "C" HRESULT RegisterVstProxyStub(const wchar_t* path, DWORD* cookie)
             }
         }
     }
-    if (FAILED(hr))
-        CoFreeLibrary(library);
+    if (FAILED(hr)) CoFreeLibrary(library);
     return finish(hr);
 }
 
 extern "C" CLSID GetVstServerClassId(int location)
 {
-    if (location != kTqVstServer && location != kTqVstServer32)
-        return CLSID{};
+    if (location != kTqVstServer && location != kTqVstServer32) return CLSID{};
     return g_locations[location].clsid;
 }

@@ -7,8 +7,8 @@
 enum TqVstLocation : int
 {
     kTqVstInProcess = 0,
-    kTqVstServer = 1,      // tqvstserver.exe beside the client module
-    kTqVstServer32 = 2,    // x86\tqvstserver.exe below the client module's folder
+    kTqVstServer = 1,   // tqvstserver.exe beside the client module
+    kTqVstServer32 = 2, // x86\tqvstserver.exe below the client module's folder
 };
 
 extern "C" {

@@ -27,19 +27,18 @@ LRESULT Window::HandleMessage(UINT message, WPARAM wParam, LPARAM lParam)
 
 Window::~Window()
 {
-    if (m_deletedFlag)
-        *m_deletedFlag = true;
+    if (m_deletedFlag) *m_deletedFlag = true;
 }
 
-void Window::Paint(HDC, const PAINTSTRUCT&) {}
+void Window::Paint(HDC, const PAINTSTRUCT&)
+{
+}
 
-LRESULT CALLBACK Window::SharedWindowProc(HWND window, UINT message, WPARAM wParam,
-                                          LPARAM lParam)
+LRESULT CALLBACK Window::SharedWindowProc(HWND window, UINT message, WPARAM wParam, LPARAM lParam)
 {
     if (message == WM_NCCREATE)
     {
-        auto* self =
-            static_cast<Window*>(reinterpret_cast<CREATESTRUCTW*>(lParam)->lpCreateParams);
+        auto* self = static_cast<Window*>(reinterpret_cast<CREATESTRUCTW*>(lParam)->lpCreateParams);
         if (self)
         {
             self->m_window = window;

@@ -23,18 +23,15 @@ constexpr const char* kHostCanDo[] = {
 
 void StoreHostText(char (&field)[64], const wchar_t* text)
 {
-    if (!text)
-        return;
+    if (!text) return;
     memset(field, 0, sizeof(field));
-    if (text[0])
-        WideCharToMultiByte(CP_ACP, 0, text, -1, field, sizeof(field), nullptr, nullptr);
+    if (text[0]) WideCharToMultiByte(CP_ACP, 0, text, -1, field, sizeof(field), nullptr, nullptr);
     field[sizeof(field) - 1] = 0;
 }
 
 intptr_t CopyHostText(const char (&field)[64], void* ptr)
 {
-    if (!ptr || !field[0])
-        return 0;
+    if (!ptr || !field[0]) return 0;
     memcpy(ptr, field, strlen(field) + 1);
     return 1;
 }
@@ -81,8 +78,7 @@ bool CommonAnswer(int32_t opcode, void* ptr, intptr_t& answer)
         answer = 0;
         if (ptr)
             for (const char* can : kHostCanDo)
-                if (lstrcmpA(static_cast<const char*>(ptr), can) == 0)
-                    answer = 1;
+                if (lstrcmpA(static_cast<const char*>(ptr), can) == 0) answer = 1;
         return true;
     case vst2::audioMasterGetLanguage:
         answer = PluginLanguage();
@@ -120,14 +116,11 @@ void SetHostStrings(const wchar_t* vendor, const wchar_t* product)
 intptr_t __cdecl AudioMasterCallback(vst2::AEffect* effect, int32_t opcode, int32_t index,
                                      intptr_t value, void* ptr, float opt)
 {
-    if (opcode == vst2::audioMasterGetVendorVersion)
-        return kHostVendorVersion;
+    if (opcode == vst2::audioMasterGetVendorVersion) return kHostVendorVersion;
     auto* bound = effect ? reinterpret_cast<CTqVstEffect*>(effect->resvd1) : nullptr;
-    if (bound)
-        return bound->OnHostCallback(opcode, index, value, ptr, opt);
+    if (bound) return bound->OnHostCallback(opcode, index, value, ptr, opt);
     intptr_t answer = 0;
-    if (!CommonAnswer(opcode, ptr, answer))
-        answer = UnboundAnswer(opcode);
+    if (!CommonAnswer(opcode, ptr, answer)) answer = UnboundAnswer(opcode);
     vst2::LogCallback(nullptr, opcode, index, value, ptr, opt, static_cast<int32_t>(answer));
     return answer;
 }
@@ -141,15 +134,13 @@ intptr_t CTqVstEffect::OnHostCallback(int32_t opcode, int32_t index, intptr_t va
         switch (opcode)
         {
         case vst2::audioMasterAutomate:
-            if (m_master)
-                m_master->Automate(static_cast<UINT32>(index), opt);
+            if (m_master) m_master->Automate(static_cast<UINT32>(index), opt);
             break;
         case vst2::audioMasterCurrentId:
             answer = m_effect ? m_effect->uniqueID : 0;
             break;
         case vst2::audioMasterIdle:
-            if (m_master && !m_inIdle)
-                m_master->Idle();
+            if (m_master && !m_inIdle) m_master->Idle();
             Idle();
             break;
         case vst2::audioMasterGetTime:
@@ -180,17 +171,14 @@ intptr_t CTqVstEffect::OnHostCallback(int32_t opcode, int32_t index, intptr_t va
             answer = HostGetDirectory();
             break;
         case vst2::audioMasterUpdateDisplay:
-            if (m_master)
-                m_master->UpdateDisplay();
+            if (m_master) m_master->UpdateDisplay();
             answer = 1;
             break;
         case vst2::audioMasterBeginEdit:
-            if (m_master)
-                m_master->BeginEdit(static_cast<UINT32>(index));
+            if (m_master) m_master->BeginEdit(static_cast<UINT32>(index));
             break;
         case vst2::audioMasterEndEdit:
-            if (m_master)
-                m_master->EndEdit(static_cast<UINT32>(index));
+            if (m_master) m_master->EndEdit(static_cast<UINT32>(index));
             break;
         default:
             break;
@@ -202,11 +190,9 @@ intptr_t CTqVstEffect::OnHostCallback(int32_t opcode, int32_t index, intptr_t va
 
 intptr_t CTqVstEffect::HostGetTime(int32_t mask)
 {
-    if (!m_master)
-        return 0;
+    if (!m_master) return 0;
     TqVstMasterTime time = {};
-    if (m_master->GetTime(&time) != S_OK)
-        return 0;
+    if (m_master->GetTime(&time) != S_OK) return 0;
     m_timeInfo = {};
     m_timeInfo.samplePos = time.samplePos;
     m_timeInfo.sampleRate = static_cast<double>(m_sampleRate);
@@ -257,14 +243,10 @@ intptr_t CTqVstEffect::HostGetTime(int32_t mask)
         flags |= 0x4000;
     }
     // Transport state goes in whether or not the plug-in asked for it.
-    if (valid(5))
-        flags |= 0x01;
-    if (valid(6))
-        flags |= 0x02;
-    if (valid(7))
-        flags |= 0x04;
-    if (valid(8))
-        flags |= 0x08;
+    if (valid(5)) flags |= 0x01;
+    if (valid(6)) flags |= 0x02;
+    if (valid(7)) flags |= 0x04;
+    if (valid(8)) flags |= 0x08;
     m_timeInfo.flags = flags;
     return reinterpret_cast<intptr_t>(&m_timeInfo);
 }

@@ -42,8 +42,7 @@ CTqVstEffect::~CTqVstEffect()
 
 HRESULT STDMETHODCALLTYPE CTqVstEffect::QueryInterface(REFIID riid, void** object)
 {
-    if (!object)
-        return E_POINTER;
+    if (!object) return E_POINTER;
     if (riid == IID_IUnknown || riid == IID_ITqVstEffect)
     {
         *object = static_cast<ITqVstEffect*>(this);
@@ -54,13 +53,15 @@ HRESULT STDMETHODCALLTYPE CTqVstEffect::QueryInterface(REFIID riid, void** objec
     return E_NOINTERFACE;
 }
 
-ULONG STDMETHODCALLTYPE CTqVstEffect::AddRef() { return InterlockedIncrement(&m_refCount); }
+ULONG STDMETHODCALLTYPE CTqVstEffect::AddRef()
+{
+    return InterlockedIncrement(&m_refCount);
+}
 
 ULONG STDMETHODCALLTYPE CTqVstEffect::Release()
 {
     const ULONG count = InterlockedDecrement(&m_refCount);
-    if (count == 0)
-        delete this;
+    if (count == 0) delete this;
     return count;
 }
 
@@ -80,8 +81,7 @@ HRESULT CTqVstEffect::LoadPlugin2(const wchar_t* path, UINT32 uniqueId)
             return;
         }
         auto entry = tq::GetProc<vst2::EntryProc>(m_module.Get(), "VSTPluginMain");
-        if (!entry)
-            entry = tq::GetProc<vst2::EntryProc>(m_module.Get(), "main");
+        if (!entry) entry = tq::GetProc<vst2::EntryProc>(m_module.Get(), "main");
         if (!entry)
         {
             hr = LastErrorResult();
@@ -93,8 +93,7 @@ HRESULT CTqVstEffect::LoadPlugin2(const wchar_t* path, UINT32 uniqueId)
         g_requestedPluginId = uniqueId;
         g_needIdleDuringLoad = false;
         m_effect = entry(AudioMasterCallback);
-        if (g_needIdleDuringLoad)
-            m_state |= kStateNeedsIdle;
+        if (g_needIdleDuringLoad) m_state |= kStateNeedsIdle;
         g_needIdleDuringLoad = false;
         LeaveCriticalSection(&m_lock);
 
@@ -123,10 +122,8 @@ HRESULT CTqVstEffect::LoadPlugin2(const wchar_t* path, UINT32 uniqueId)
         m_effect->resvd2 = 0;
         Dispatch(vst2::effOpen, 0, 0, nullptr, 0.0f);
     });
-    if (!completed)
-        return TQVST_E_PLUGINFAULT;
-    if (FAILED(hr))
-        UnloadPlugin2();
+    if (!completed) return TQVST_E_PLUGINFAULT;
+    if (FAILED(hr)) UnloadPlugin2();
     return hr;
 }
 
@@ -150,19 +147,16 @@ void CTqVstEffect::UnloadPlugin2()
     });
     // Whatever faulted, the module goes: a plug-in that faults in its own shutdown is still
     // unloaded.
-    if (!completed)
-        m_module.Reset();
+    if (!completed) m_module.Reset();
 }
 
-int32_t CTqVstEffect::Dispatch(int32_t opcode, int32_t index, intptr_t value, void* ptr,
-                               float opt)
+int32_t CTqVstEffect::Dispatch(int32_t opcode, int32_t index, intptr_t value, void* ptr, float opt)
 {
     vst2::AEffect* effect = m_effect;
-    if (!effect)
-        return 0;
+    if (!effect) return 0;
     intptr_t answer = 0;
-    const bool completed = CallPlugin(
-        [&] { answer = effect->dispatcher(effect, opcode, index, value, ptr, opt); });
+    const bool completed =
+        CallPlugin([&] { answer = effect->dispatcher(effect, opcode, index, value, ptr, opt); });
     const int32_t result = completed ? static_cast<int32_t>(answer) : -1;
     // Idle ticks are kept out of the log.
     if (opcode != vst2::effIdle && opcode != vst2::effEditIdle)
@@ -170,13 +164,11 @@ int32_t CTqVstEffect::Dispatch(int32_t opcode, int32_t index, intptr_t value, vo
     return result;
 }
 
-int32_t CTqVstEffect::DispatchGetText(int32_t opcode, int32_t index, WCHAR* text,
-                                      UINT32 capacity)
+int32_t CTqVstEffect::DispatchGetText(int32_t opcode, int32_t index, WCHAR* text, UINT32 capacity)
 {
     // Plug-ins write names of any length: this buffer, not the caller's, takes what they write.
     char buffer[260] = {};
-    if (text)
-        ZeroMemory(text, capacity * sizeof(WCHAR));
+    if (text) ZeroMemory(text, capacity * sizeof(WCHAR));
     vst2::AEffect* effect = m_effect;
     int32_t result = 0;
     if (effect)
@@ -201,13 +193,12 @@ int32_t CTqVstEffect::DispatchGetText(int32_t opcode, int32_t index, WCHAR* text
 int32_t CTqVstEffect::DispatchSetText(int32_t opcode, int32_t index, const WCHAR* text)
 {
     vst2::AEffect* effect = m_effect;
-    if (!effect)
-        return 0;
+    if (!effect) return 0;
     const int length = text ? lstrlenW(text) : 0;
     std::vector<char> narrow(static_cast<size_t>(length) + 2, 0);
     if (length > 0)
-        WideCharToMultiByte(CP_ACP, 0, text, length, narrow.data(),
-                            static_cast<int>(narrow.size()), nullptr, nullptr);
+        WideCharToMultiByte(CP_ACP, 0, text, length, narrow.data(), static_cast<int>(narrow.size()),
+                            nullptr, nullptr);
     narrow.back() = 0;
     intptr_t answer = 0;
     const bool completed = CallPlugin(

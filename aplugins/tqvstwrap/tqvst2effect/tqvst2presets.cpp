@@ -3,15 +3,19 @@
 
 HRESULT STDMETHODCALLTYPE CTqVstEffect::SavePreset(IStream*, UINT32* bytes)
 {
-    if (bytes)
-        *bytes = 0;
+    if (bytes) *bytes = 0;
     return E_NOTIMPL;
 }
-HRESULT STDMETHODCALLTYPE CTqVstEffect::LoadPreset(IStream*) { return E_NOTIMPL; }
+HRESULT STDMETHODCALLTYPE CTqVstEffect::LoadPreset(IStream*)
+{
+    return E_NOTIMPL;
+}
 HRESULT STDMETHODCALLTYPE CTqVstEffect::SaveBank(IStream*, UINT32* bytes)
 {
-    if (bytes)
-        *bytes = 0;
+    if (bytes) *bytes = 0;
     return E_NOTIMPL;
 }
-HRESULT STDMETHODCALLTYPE CTqVstEffect::LoadBank(IStream*, UINT32) { return E_NOTIMPL; }
+HRESULT STDMETHODCALLTYPE CTqVstEffect::LoadBank(IStream*, UINT32)
+{
+    return E_NOTIMPL;
+}

@@ -22,12 +22,10 @@ void Emit(CLog* log, const wchar_t* line, int32_t result, int okLine, int faultL
         wchar_t fault[600];
         _snwprintf(fault, std::size(fault) - 1, L"EXCEPTION from %ls", line);
         fault[std::size(fault) - 1] = 0;
-        if (log)
-            log->Write(kLevelWarning, kSource, faultLine, fault);
+        if (log) log->Write(kLevelWarning, kSource, faultLine, fault);
         return;
     }
-    if (log)
-        log->Write(kLevelDebug, kSource, okLine, line);
+    if (log) log->Write(kLevelDebug, kSource, okLine, line);
 }
 
 } // namespace
