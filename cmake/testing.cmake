@@ -7,7 +7,7 @@ target_include_directories(gtest BEFORE PUBLIC ${CMAKE_CURRENT_LIST_DIR}/gtest-c
 enable_testing()
 
 # 64-bit tests that start the 32-bit server need 32-bit Wine; they skip themselves without it.
-if(EXISTS /usr/lib/wine/wine AND EXISTS /usr/lib/i386-linux-gnu/wine)
+if(EXISTS /usr/lib/wine/wine AND EXISTS /usr/lib/i386-linux-gnu/wine/i386-unix/ntdll.so)
     set(TQ_WINE32 1)
 else()
     set(TQ_WINE32 0)
@@ -23,7 +23,7 @@ function(tq_add_test name)
     target_include_directories(${name} PRIVATE ${CMAKE_SOURCE_DIR}/tests)
     add_test(NAME ${TQ_ARCH}.${name} COMMAND ${name} --gtest_brief=1)
     if(NOT T_TIMEOUT)
-        set(T_TIMEOUT 300)
+        set(T_TIMEOUT 120)
     endif()
     set(labels ${TQ_ARCH})
     if(T_DISPLAY)
