@@ -1,0 +1,148 @@
+// tqvsthost info: reads a plug-in's facts where the options say, and shows in which process the
+// plug-in ran.
+#include "infocommand.h"
+
+#include "comptr.h"
+#include "hresulttext.h"
+#include "vstclient.h"
+
+#include <cstdio>
+#include <string>
+
+namespace tqhost {
+namespace {
+
+constexpr UINT32 kTextCapacity = 64;
+
+const wchar_t* LocationName(int location)
+{
+    switch (location)
+    {
+    case kTqVstInProcess:
+        return L"in process";
+    case kTqVstServer32:
+        return L"32-bit server";
+    default:
+        return L"server";
+    }
+}
+
+int Fail(const wchar_t* what, HRESULT hr)
+{
+    fwprintf(stderr, L"tqvsthost: %ls: 0x%08X (%ls)\n", what, static_cast<unsigned>(hr),
+             DescribeResult(hr).c_str());
+    return 1;
+}
+
+std::wstring DescribeFlags(UINT32 flags)
+{
+    static constexpr struct
+    {
+        UINT32 bit;
+        const wchar_t* name;
+    } kFlags[] = {
+        {0x001, L"has editor"},
+        {0x008, L"can mono"},
+        {0x100, L"synth"},
+        {0x200, L"no sound in stop"},
+    };
+    std::wstring text;
+    for (const auto& flag : kFlags)
+        if (flags & flag.bit) text += (text.empty() ? L"" : L", ") + std::wstring(flag.name);
+    return text.empty() ? L"none" : text;
+}
+
+std::wstring DescribeState(UINT32 state)
+{
+    std::wstring text = (state & 1) ? L"loadable" : L"wrong machine type";
+    text += (state & 2) ? L", VST3" : L", VST2";
+    return text;
+}
+
+void PrintFacts(const wchar_t* name, const wchar_t* vendor, const wchar_t* product,
+                const TqVstEffectInfo& info)
+{
+    wprintf(L"Name:             %ls\n", name);
+    wprintf(L"Vendor:           %ls\n", vendor);
+    wprintf(L"Product:          %ls\n", product);
+    wprintf(L"Unique id:        '%ls' (0x%08X)\n", FourCharacters(info.uniqueId).c_str(),
+            info.uniqueId);
+    wprintf(L"Version:          %u\n", info.version);
+    wprintf(L"Vendor version:   %u\n", info.vendorVersion);
+    wprintf(L"Programs:         %u\n", info.numPrograms);
+    wprintf(L"Parameters:       %u\n", info.numParameters);
+    wprintf(L"Inputs:           %u\n", info.numInputs);
+    wprintf(L"Outputs:          %u\n", info.numOutputs);
+    wprintf(L"Initial delay:    %u frames\n", info.initialDelay);
+    wprintf(L"Flags:            0x%03X (%ls)\n", info.flags, DescribeFlags(info.flags).c_str());
+    wprintf(L"State:            0x%X (%ls)\n", info.state, DescribeState(info.state).c_str());
+}
+
+// A shell's sub-plug-ins come from an effect made without an id.
+int PrintShell(ITqVstEffectFactory* factory, const wchar_t* path)
+{
+    tq::ComPtr<ITqVstEffect> shell;
+    const HRESULT hr = factory->CreateEffect(path, 0, IID_ITqVstEffect, shell.PutVoid());
+    if (FAILED(hr) || !shell)
+        return Fail(L"could not open the shell for its sub-plug-ins", FAILED(hr) ? hr : E_FAIL);
+    wprintf(L"Shell plug-in; sub-plug-ins (choose one with --id):\n");
+    UINT32 id = 0;
+    WCHAR name[kTextCapacity] = {};
+    int count = 0;
+    while (shell->GetNextShellPlugin(&id, name, kTextCapacity) == S_OK)
+    {
+        wprintf(L"  '%ls' (0x%08X)  %ls\n", FourCharacters(id).c_str(), id, name);
+        ++count;
+    }
+    wprintf(L"%d sub-plug-ins\n", count);
+    return 0;
+}
+
+} // namespace
+
+int RunInfo(const Options& options)
+{
+    if (options.arguments.size() != 1)
+    {
+        fwprintf(stderr, L"tqvsthost: info needs exactly one plug-in file (see --help)\n");
+        return 1;
+    }
+    wchar_t path[MAX_PATH] = {};
+    if (!GetFullPathNameW(options.arguments[0].c_str(), MAX_PATH, path, nullptr))
+        return Fail(L"not a usable path", HRESULT_FROM_WIN32(GetLastError()));
+
+    tq::ComPtr<ITqVstEffectFactory> factory;
+    DWORD serverProcessId = 0;
+    HRESULT hr = GetVstFactory(options.location, IID_ITqVstEffectFactory, factory.PutVoid(),
+                               L"tqvst", L"tqvsthost", &serverProcessId, nullptr);
+    if (FAILED(hr)) return Fail(L"could not reach the plug-in server", hr);
+
+    WCHAR name[kTextCapacity] = {}, vendor[kTextCapacity] = {}, product[kTextCapacity] = {};
+    TqVstEffectInfo info = {};
+    hr = factory->GetEffectInfoForFile(path, options.id.value_or(0), name, vendor, product, &info,
+                                       options.timeoutMs);
+    int exitCode = 0;
+    if (FAILED(hr))
+    {
+        const std::wstring what = std::wstring(L"could not load ") + path;
+        exitCode = Fail(what.c_str(), hr);
+    }
+    else
+    {
+        wprintf(L"Plug-in:          %ls\n", path);
+        if (hr == TQVST_S_SHELL)
+            exitCode = PrintShell(factory.Get(), path);
+        else
+            PrintFacts(name, vendor, product, info);
+        wprintf(L"Host process:     %lu\n", GetCurrentProcessId());
+        if (options.location == kTqVstInProcess)
+            wprintf(L"Plug-in process:  %lu (in process)\n", GetCurrentProcessId());
+        else
+            wprintf(L"Plug-in process:  %lu (%ls)\n", serverProcessId,
+                    LocationName(options.location));
+    }
+    ReleaseVstFactory(options.location, factory.Detach());
+    return exitCode;
+}
+
+} // namespace tqhost
