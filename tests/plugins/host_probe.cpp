@@ -1,29 +1,14 @@
 // Asks the host a fixed set of questions, in its entry point (no record bound yet) and in effOpen
 // (bound), and lets a host in the same process read the answers.
+#include "host_probe_answers.h"
 #include "testplugin.h"
 
 namespace {
 
-constexpr testplugin::Names kNames{"host_probe", "tqvst", "tqvst test host probe"};
-constexpr int32_t kId = testplugin::fourcc("TqHP");
+using namespace host_probe;
 
-// Where each answer is kept; the order is what a reading host expects.
-enum Answer
-{
-    kEntryVersion,
-    kEntryCurrentId,
-    kOpenVersion,
-    kOpenCurrentId,
-    kOpenCanDoSizeWindow,
-    kOpenCanDoUpperCase,
-    kOpenCanDoNull,
-    kOpenVendorString,
-    kOpenVendorVersion,
-    kOpenUpdateDisplay,
-    kOpenGetTime,
-    kOpenAutomatable,
-    kAnswerCount
-};
+constexpr testplugin::Names kNames{"host_probe", "tqvst", "tqvst test host probe"};
+static_assert(kProbeId == testplugin::fourcc("TqHP"));
 
 vst2::HostCallback g_host = nullptr;
 intptr_t g_answers[kAnswerCount];
@@ -64,7 +49,7 @@ vst2::AEffect* VSTPluginMain(vst2::HostCallback host)
         answer = -1;
     g_answers[kEntryVersion] = Ask(nullptr, vst2::audioMasterVersion);
     g_answers[kEntryCurrentId] = Ask(nullptr, vst2::audioMasterCurrentId);
-    return new vst2::AEffect(testplugin::make_effect(dispatch, kId));
+    return new vst2::AEffect(testplugin::make_effect(dispatch, static_cast<int32_t>(kProbeId)));
 }
 
 // Copies the answers and the vendor text the host gave; returns how many answers there are.

@@ -1,5 +1,6 @@
 // What plug-ins hear from the host callback, before and after their record is bound to an effect.
 #include "comptr.h"
+#include "plugins/host_probe_answers.h"
 #include "support/testpaths.h"
 #include "vstclient.h"
 
@@ -10,24 +11,7 @@
 
 namespace {
 
-enum Answer
-{
-    kEntryVersion,
-    kEntryCurrentId,
-    kOpenVersion,
-    kOpenCurrentId,
-    kOpenCanDoSizeWindow,
-    kOpenCanDoUpperCase,
-    kOpenCanDoNull,
-    kOpenVendorString,
-    kOpenVendorVersion,
-    kOpenUpdateDisplay,
-    kOpenGetTime,
-    kOpenAutomatable,
-    kAnswerCount
-};
-
-constexpr intptr_t kProbeId = 0x54714850; // "TqHP"
+using namespace host_probe;
 
 struct Probe
 {
@@ -53,7 +37,6 @@ protected:
         EXPECT_EQ(factory->CreateEffect(tqtest::PluginPath(L"host_probe.dll").c_str(), id,
                                         IID_ITqVstEffect, effect.PutVoid()),
                   S_OK);
-        using ReadAnswers = int(__cdecl*)(intptr_t*, int, char*);
         auto read = reinterpret_cast<ReadAnswers>(reinterpret_cast<void (*)()>(
             GetProcAddress(GetModuleHandleW(L"host_probe.dll"), "TqProbeAnswers")));
         EXPECT_NE(read, nullptr);
