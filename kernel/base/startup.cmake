@@ -1,0 +1,1 @@
+target_sources(tqkernel PRIVATE ${CMAKE_CURRENT_LIST_DIR}/tqkernel.cpp)
