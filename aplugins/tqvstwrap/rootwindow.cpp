@@ -3,7 +3,7 @@
 
 #include "activationcontext.h"
 #include "serverlifetime.h"
-#include "tqkernel.h"
+#include "tqlang.h"
 
 #include <new>
 

@@ -2,6 +2,7 @@
 // ITqVstMaster through the object bound to the calling plug-in.
 #include "hostcallback.h"
 
+#include "tqlang.h"
 #include "tqvst2effect.h"
 #include "vst2log.h"
 
@@ -39,7 +40,7 @@ intptr_t CopyHostText(const char (&field)[64], void* ptr)
 // The language the kernel runs in, as plug-ins number languages.
 intptr_t PluginLanguage()
 {
-    switch (GetUserDefaultLCID() & 0x3FF)
+    switch (TqLang_GetLCID(TqLang_GetKernelLang()) & 0x3FF)
     {
     case 7: // German
         return 2;

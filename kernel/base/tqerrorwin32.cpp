@@ -1,0 +1,77 @@
+// Translation of Win32 and common dialog errors into the kernel's codes.
+#include "tqerrorhandler.h"
+
+#include <cderr.h>
+
+namespace {
+
+struct Translation
+{
+    DWORD error;
+    HRESULT code;
+};
+
+// Errors without a row of their own are E_FAIL.
+const Translation kWin32Errors[] = {
+    {ERROR_SUCCESS, S_OK},
+    {ERROR_INVALID_FUNCTION, E_INVALIDARG},
+    {ERROR_FILE_NOT_FOUND, TQ_E_NOTFOUND},
+    {ERROR_PATH_NOT_FOUND, TQ_E_NOTFOUND},
+    {ERROR_TOO_MANY_OPEN_FILES, TQ_E_TOOMANYFILES},
+    {ERROR_ACCESS_DENIED, E_ACCESSDENIED},
+    {ERROR_INVALID_HANDLE, E_HANDLE},
+    {ERROR_OUTOFMEMORY, E_OUTOFMEMORY},
+    {ERROR_INVALID_DRIVE, static_cast<HRESULT>(0x800404B0)}, // an invalid device was specified
+    {ERROR_SHARING_VIOLATION, TQ_E_SHARINGVIOLATION},
+    {ERROR_HANDLE_DISK_FULL, TQ_E_DISKFULL},
+    {ERROR_FILE_EXISTS, TQ_E_FILEEXISTS},
+    {ERROR_OUT_OF_STRUCTURES, E_OUTOFMEMORY},
+    {ERROR_OPEN_FAILED, TQ_E_OPENFAILED},
+    {ERROR_DISK_FULL, TQ_E_DISKFULL},
+    {ERROR_CALL_NOT_IMPLEMENTED, E_NOTIMPL},
+    {ERROR_INVALID_NAME, TQ_E_BADFILENAME},
+    {ERROR_MOD_NOT_FOUND, TQ_E_NOTFOUND},
+    {ERROR_PROC_NOT_FOUND, TQ_E_NOTFOUND},
+    {ERROR_BUSY, TQ_E_BUSY},
+    {ERROR_ALREADY_EXISTS, TQ_E_ALREADYEXISTS},
+};
+
+const Translation kCommDlgErrors[] = {
+    {0, S_OK},
+    {CDERR_STRUCTSIZE, E_INVALIDARG},
+    {CDERR_NOTEMPLATE, E_INVALIDARG},
+    {CDERR_NOHINSTANCE, E_INVALIDARG},
+    {CDERR_NOHOOK, E_INVALIDARG},
+    {FNERR_BUFFERTOOSMALL, E_INVALIDARG},
+    {FRERR_BUFFERLENGTHZERO, E_INVALIDARG},
+    {CDERR_DIALOGFAILURE, E_INVALIDARG},
+    {CDERR_INITIALIZATION, E_OUTOFMEMORY},
+    {CDERR_LOADSTRFAILURE, E_OUTOFMEMORY},
+    {CDERR_LOADRESFAILURE, E_OUTOFMEMORY},
+    {CDERR_LOCKRESFAILURE, E_OUTOFMEMORY},
+    {CDERR_MEMALLOCFAILURE, E_OUTOFMEMORY},
+    {CDERR_MEMLOCKFAILURE, E_OUTOFMEMORY},
+    {FNERR_SUBCLASSFAILURE, E_OUTOFMEMORY},
+    {CDERR_FINDRESFAILURE, TQ_E_RESOURCEMISSING},
+    {FNERR_INVALIDFILENAME, TQ_E_BADFILENAME},
+};
+
+template <size_t N>
+HRESULT Translate(const Translation (&table)[N], DWORD error)
+{
+    for (const Translation& row : table)
+        if (row.error == error) return row.code;
+    return E_FAIL;
+}
+
+} // namespace
+
+TQKERNEL_API HRESULT TqErrorHandler_TranslateWin32Error(DWORD error)
+{
+    return Translate(kWin32Errors, error);
+}
+
+TQKERNEL_API HRESULT TqErrorHandler_TranslateCommDlgError(DWORD error)
+{
+    return Translate(kCommDlgErrors, error);
+}

@@ -1,0 +1,57 @@
+// Number locales the printing and number-text tests run under, built by hand so that no result
+// depends on the machine's settings.
+#pragma once
+
+#include "numberlocale.h"
+
+#include <string.h>
+
+namespace tq::test {
+
+inline text::LocaleText Text(const wchar_t* value)
+{
+    text::LocaleText result;
+    result.length = static_cast<int>(wcslen(value));
+    memcpy(result.text, value, result.length * sizeof(wchar_t));
+    return result;
+}
+
+inline text::NumberLocale MakeLocale(const wchar_t* thousand, const wchar_t* decimal, UINT grouping,
+                                     const wchar_t* list)
+{
+    using text::LocaleItem;
+    text::NumberLocale locale;
+    locale.Get(LocaleItem::NegativeSign) = Text(L"-");
+    locale.Get(LocaleItem::Thousand) = Text(thousand);
+    locale.Get(LocaleItem::Decimal) = Text(decimal);
+    locale.Get(LocaleItem::List) = Text(list);
+    locale.Get(LocaleItem::Time) = Text(L":");
+    locale.Get(LocaleItem::SmpteWhole) = Text(L":");
+    locale.Get(LocaleItem::SmpteNonDrop) = Text(L".");
+    locale.Get(LocaleItem::SmpteDrop) = Text(L",");
+    locale.Get(LocaleItem::Measure) = Text(L".");
+    locale.Get(LocaleItem::Beat) = Text(L".");
+    locale.grouping = grouping;
+    locale.leadingZero = 1;
+    return locale;
+}
+
+// "1,234,567.5"
+inline text::NumberLocale English()
+{
+    return MakeLocale(L",", L".", 3, L",");
+}
+
+// "1.234.567,5"
+inline text::NumberLocale German()
+{
+    return MakeLocale(L".", L",", 3, L";");
+}
+
+// "12,34,567.5": groups of three, then of two.
+inline text::NumberLocale Indian()
+{
+    return MakeLocale(L",", L".", 32, L",");
+}
+
+} // namespace tq::test
