@@ -1,5 +1,6 @@
 // Tests of error composition: contexts with names and tokens, reasons, the length limit, unknown
 // contexts and codes, and the text with details.
+#include "support/kernelenvironment.h"
 #include <gtest/gtest.h>
 
 #include <string>
@@ -9,20 +10,6 @@
 #include "tqprintf.h"
 
 namespace {
-
-// The kernel as a process has it after start-up, in English, with the application's name.
-class Kernel : public testing::Environment
-{
-public:
-    void SetUp() override
-    {
-        ASSERT_TRUE(TqKernel_EarlyInitialize(GetModuleHandleW(nullptr), 0));
-        TqLang_UpdateKernelLCID(TqLang_GetKernelLang(), 0x409);
-        ASSERT_TRUE(TqPrintF_AddToken(L"AppName", L"TestApp"));
-    }
-    void TearDown() override { TqKernel_LateTerminate(GetModuleHandleW(nullptr)); }
-};
-testing::Environment* const g_kernel = testing::AddGlobalTestEnvironment(new Kernel);
 
 const std::wstring kContext0 = L"An error occurred during the current operation.";
 const std::wstring kFileOpen = L"\n\nThe file could not be opened. Make sure the file exists and "

@@ -1,5 +1,6 @@
 // Tests of the details block: formatting of lines, the one-writer rule, the size limit, the link,
 // and taking everything for a box in the step that clears the state.
+#include "support/kernelenvironment.h"
 #include <gtest/gtest.h>
 
 #include <string>
@@ -13,18 +14,6 @@ namespace {
 
 using tq::errorhandler::PendingBox;
 using tq::errorhandler::TakePendingBox;
-
-class Kernel : public testing::Environment
-{
-public:
-    void SetUp() override
-    {
-        ASSERT_TRUE(TqKernel_EarlyInitialize(GetModuleHandleW(nullptr), 0));
-        ASSERT_TRUE(TqPrintF_AddToken(L"AppName", L"TestApp"));
-    }
-    void TearDown() override { TqKernel_LateTerminate(GetModuleHandleW(nullptr)); }
-};
-testing::Environment* const g_kernel = testing::AddGlobalTestEnvironment(new Kernel);
 
 constexpr HRESULT kCode = static_cast<HRESULT>(0x8004E008);
 constexpr HRESULT kOtherCode = static_cast<HRESULT>(0x8004E009);

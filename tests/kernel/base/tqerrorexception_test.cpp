@@ -1,5 +1,6 @@
 // Tests of the exception dump (its lines, names, flags and limits), of what the last-resort
 // filter records as details, and of the exceptions it leaves alone.
+#include "support/kernelenvironment.h"
 #include <gtest/gtest.h>
 
 #include <stdio.h>
@@ -12,19 +13,6 @@
 #include "tqprintf.h"
 
 namespace {
-
-class Kernel : public testing::Environment
-{
-public:
-    void SetUp() override
-    {
-        ASSERT_TRUE(TqKernel_EarlyInitialize(GetModuleHandleW(nullptr), 0));
-        TqLang_UpdateKernelLCID(TqLang_GetKernelLang(), 0x409);
-        ASSERT_TRUE(TqPrintF_AddToken(L"AppName", L"TestApp"));
-    }
-    void TearDown() override { TqKernel_LateTerminate(GetModuleHandleW(nullptr)); }
-};
-testing::Environment* const g_kernel = testing::AddGlobalTestEnvironment(new Kernel);
 
 // Hex of a pointer's full width, as the dump writes addresses.
 std::string Hex(uintptr_t value)

@@ -1,4 +1,5 @@
 // Tests of the registry of reason tables: order of the search, the limit of 32 tables, bad input.
+#include "support/kernelenvironment.h"
 #include <gtest/gtest.h>
 
 #include <string>
@@ -7,18 +8,6 @@
 #include "tqkernel.h"
 
 namespace {
-
-class Kernel : public testing::Environment
-{
-public:
-    void SetUp() override
-    {
-        ASSERT_TRUE(TqKernel_EarlyInitialize(GetModuleHandleW(nullptr), 0));
-        TqLang_UpdateKernelLCID(TqLang_GetKernelLang(), 0x409);
-    }
-    void TearDown() override { TqKernel_LateTerminate(GetModuleHandleW(nullptr)); }
-};
-testing::Environment* const g_kernel = testing::AddGlobalTestEnvironment(new Kernel);
 
 constexpr HRESULT kOwnCode = static_cast<HRESULT>(0x8004E0F1);
 constexpr HRESULT kLateCode = static_cast<HRESULT>(0x8004E0F2);
