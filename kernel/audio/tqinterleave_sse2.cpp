@@ -1,0 +1,82 @@
+// SSE2 interleavers into 16-bit from 32-bit integers, singles and unpacked 24-bit words. Built
+// with SSE2 code generation, so nothing here may be reached without the lookup's processor check.
+#include "tqinterleave_sse2.h"
+
+#include <emmintrin.h>
+#include <stdint.h>
+
+namespace tq::audio {
+namespace {
+
+// Four frames as doubles, each register one left and right pair, in frame order.
+struct FourFrames
+{
+    __m128d f0, f1, f2, f3;
+};
+
+inline FourFrames WidenSingles(const float* left, const float* right)
+{
+    const __m128 l = _mm_loadu_ps(left);
+    const __m128 r = _mm_loadu_ps(right);
+    const __m128 lo = _mm_unpacklo_ps(l, r); // l0 r0 l1 r1
+    const __m128 hi = _mm_unpackhi_ps(l, r); // l2 r2 l3 r3
+    return {_mm_cvtps_pd(lo), _mm_cvtps_pd(_mm_movehl_ps(lo, lo)), _mm_cvtps_pd(hi),
+            _mm_cvtps_pd(_mm_movehl_ps(hi, hi))};
+}
+
+inline FourFrames WidenWords(const int32_t* left, const int32_t* right)
+{
+    const __m128i l = _mm_loadu_si128(reinterpret_cast<const __m128i*>(left));
+    const __m128i r = _mm_loadu_si128(reinterpret_cast<const __m128i*>(right));
+    const __m128i lo = _mm_unpacklo_epi32(l, r);
+    const __m128i hi = _mm_unpackhi_epi32(l, r);
+    return {_mm_cvtepi32_pd(lo), _mm_cvtepi32_pd(_mm_srli_si128(lo, 8)), _mm_cvtepi32_pd(hi),
+            _mm_cvtepi32_pd(_mm_srli_si128(hi, 8))};
+}
+
+// Scales the four frames, converts them by the control word's rounding and stores the eight
+// samples saturated to 16 bits.
+inline void StoreScaled(int16_t* d, const FourFrames& v, __m128d factor)
+{
+    const __m128i a = _mm_unpacklo_epi64(_mm_cvtpd_epi32(_mm_mul_pd(v.f0, factor)),
+                                         _mm_cvtpd_epi32(_mm_mul_pd(v.f1, factor)));
+    const __m128i b = _mm_unpacklo_epi64(_mm_cvtpd_epi32(_mm_mul_pd(v.f2, factor)),
+                                         _mm_cvtpd_epi32(_mm_mul_pd(v.f3, factor)));
+    _mm_storeu_si128(reinterpret_cast<__m128i*>(d), _mm_packs_epi32(a, b));
+}
+
+template <class Sample, FourFrames (*Widen)(const Sample*, const Sample*)>
+void InterleaveGroups(void* dst, const void* srcLeft, const void* srcRight, long frames,
+                      double factor)
+{
+    auto* d = static_cast<int16_t*>(dst);
+    auto* l = static_cast<const Sample*>(srcLeft);
+    auto* r = static_cast<const Sample*>(srcRight);
+    const __m128d k = _mm_set1_pd(factor);
+    for (long groups = frames / 4; groups > 0; --groups, d += 8, l += 4, r += 4)
+        StoreScaled(d, Widen(l, r), k);
+}
+
+} // namespace
+
+void InterleaveFloat32ToPcm16Sse2(void* dst, const void* srcLeft, const void* srcRight, long frames)
+{
+    InterleaveGroups<float, WidenSingles>(dst, srcLeft, srcRight, frames, 32768.0);
+}
+
+// The unit of the source times the 16-bit scale: both powers of two, so one exact factor.
+void InterleavePcm32ToPcm16Sse2(void* dst, const void* srcLeft, const void* srcRight, long frames)
+{
+    InterleaveGroups<int32_t, WidenWords>(dst, srcLeft, srcRight, frames,
+                                          4.656612873077393e-10 * 32768.0);
+}
+
+// The word is taken whole, without holding it to 24 bits: saturation takes care of the range.
+void InterleaveUnpacked24ToPcm16Sse2(void* dst, const void* srcLeft, const void* srcRight,
+                                     long frames)
+{
+    InterleaveGroups<int32_t, WidenWords>(dst, srcLeft, srcRight, frames,
+                                          1.1920928955078125e-7 * 32768.0);
+}
+
+} // namespace tq::audio
