@@ -63,6 +63,16 @@ const char* const kSample[] = {
     // error handler
     "TqErrorHandler_ComposeErrorText",
     "TqErrorHandler_DetailsAddString",
+    // audio data
+    "TqAudio_GetSampleType",
+    "TqAudio_GetCopyFunction2",
+    "TqAudioCopy_UnitTest",
+    "TqAudio_InterleaveStereo",
+    "TqAudio_GetFormatText",
+    // chunk files
+    "riff_FindChunkHeader",
+    "riff_UpdateRIFFSize",
+    "mriff_GetWfx",
 };
 
 TEST(KernelExports, ServerExportsEveryAreasFunctions)
