@@ -84,6 +84,9 @@ public:
     int32_t DispatchGetText(int32_t opcode, int32_t index, WCHAR* text, UINT32 capacity);
     int32_t DispatchSetText(int32_t opcode, int32_t index, const WCHAR* text);
 
+    // The plug-in's record, null when none is loaded (preset files read its counts and flags).
+    vst2::AEffect* Effect() const { return m_effect; }
+
     // The part of the host callback that needs the bound object.
     intptr_t OnHostCallback(int32_t opcode, int32_t index, intptr_t value, void* ptr, float opt);
 
