@@ -144,6 +144,9 @@ void CTqVstEffect::UnloadPlugin2()
         }
         m_master.Reset();
         m_module.Reset();
+        m_inputs.Free();
+        m_outputs.Free();
+        m_bufferBytes = 0;
     });
     // Whatever faulted, the module goes: a plug-in that faults in its own shutdown is still
     // unloaded.

@@ -2,8 +2,10 @@
 #pragma once
 
 #include "aeffect.h"
+#include "channelblock.h"
 #include "clog.h"
 #include "comptr.h"
+#include "tqsamplecopy.h"
 #include "tqvst.h"
 #include "uniquehandle.h"
 
@@ -101,6 +103,12 @@ private:
     void SwitchProgram(int32_t program);
     intptr_t HostGetTime(int32_t mask);
     intptr_t HostGetDirectory();
+    // The audio path: buffers sized for frames, the host's block in, the plug-in's block out.
+    bool EnsureBuffers32(UINT32 frames);
+    bool EnsureBuffers64(UINT32 frames);
+    bool EnsureBuffers(UINT32 frames, UINT32 sampleBytes);
+    void PrepareInputBlock(const BYTE* input, UINT32 inputChannels, UINT32 frames);
+    void DeliverOutputBlock(BYTE* output, INT32 outputChannels, UINT32 frames);
 
     volatile LONG m_refCount = 1;
     CRITICAL_SECTION m_lock;
@@ -114,6 +122,14 @@ private:
     volatile LONG m_inIdle = 0;
     volatile LONG m_inEditorIdle = 0;
     vst2::VstTimeInfo m_timeInfo = {};
+    vst2::ChannelBlock m_inputs;
+    vst2::ChannelBlock m_outputs;
+    // Capacity of one channel in bytes; the blocks only ever grow.
+    int32_t m_bufferBytes = 0;
+    TQSAMPLETYPE m_hostSampleType = TQSAMPLE_FLOAT32;
+    TQSAMPLETYPE m_pluginSampleType = TQSAMPLE_FLOAT32;
+    TQAUDIO_COPYCHANNELSFUNC m_copyIn = nullptr;
+    TQAUDIO_COPYCHANNELSFUNC m_copyOut = nullptr;
     // Nothing attaches a log yet; the lines are formatted all the same.
     CLog* m_log = nullptr;
     // A buffer that lives only during one audioMasterGetDirectory call.
