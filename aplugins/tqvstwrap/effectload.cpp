@@ -3,6 +3,7 @@
 
 #include "comptr.h"
 #include "errorreport.h"
+#include "loadworker.h"
 #include "tqvst2effect/tqvst2effect.h"
 #include "tqvst3effect.h"
 
@@ -61,7 +62,7 @@ void ReadEffectFacts(EffectLoadRequest& request)
 }
 
 HRESULT GetEffectInfoForFile(const WCHAR* path, UINT32 uniqueId, WCHAR* name, WCHAR* vendor,
-                             WCHAR* product, TqVstEffectInfo* info, UINT32)
+                             WCHAR* product, TqVstEffectInfo* info, UINT32 timeoutMs)
 {
     // Hosts get clean buffers whatever happens below.
     for (WCHAR* text : {name, vendor, product})
@@ -70,7 +71,8 @@ HRESULT GetEffectInfoForFile(const WCHAR* path, UINT32 uniqueId, WCHAR* name, WC
     if (!path) return E_INVALIDARG;
     if (IsExcluded(path)) return E_INVALIDARG;
     g_loadRequest = {S_OK, uniqueId, path, name, vendor, product, info};
-    // Every call runs on the calling thread until the load worker can take timed calls.
+    // A timed call loads on the worker, which can be abandoned when the plug-in hangs.
+    if (timeoutMs != 0 && timeoutMs != INFINITE) return RunOnLoadWorker(g_loadRequest, timeoutMs);
     ErrorReport_StartTrapBypass();
     ReadEffectFacts(g_loadRequest);
     ErrorReport_EndTrapBypass();
