@@ -237,6 +237,29 @@ TEST_F(InProcessFactory, GainParametersAndProgramsThroughTheEffect)
     EXPECT_EQ(effect->GetEffectName(nullptr, 4), E_INVALIDARG);
 }
 
+TEST_F(InProcessFactory, BlockSizeChangeNudgesListedPlugins)
+{
+    HRESULT hr = E_FAIL;
+    auto effect = Create(PluginPath(L"nudge_probe.dll"), 0, &hr);
+    ASSERT_EQ(hr, S_OK);
+    using Counts = void(__cdecl*)(long*, long*, float*);
+    auto counts = reinterpret_cast<Counts>(reinterpret_cast<void (*)()>(
+        GetProcAddress(GetModuleHandleW(L"nudge_probe.dll"), "TqNudgeCounts")));
+    ASSERT_NE(counts, nullptr);
+    long reads = 0, writes = 0;
+    float value = 0;
+    EXPECT_EQ(effect->SetBlockSize(256), S_OK);
+    counts(&reads, &writes, &value);
+    EXPECT_EQ(reads, 1);
+    EXPECT_EQ(writes, 1);
+    EXPECT_EQ(value, 0.75f) << "the value read is written back unchanged";
+    // An unchanged block size sends nothing and nudges nothing.
+    EXPECT_EQ(effect->SetBlockSize(256), S_FALSE);
+    counts(&reads, &writes, &value);
+    EXPECT_EQ(reads, 1);
+    EXPECT_EQ(writes, 1);
+}
+
 TEST_F(InProcessFactory, PluginFaultsBecomeResultCodes)
 {
     EXPECT_EQ(Read(PluginPath(L"fault_in_entry.dll")).hr, TQVST_E_PLUGINFAULT);
