@@ -27,13 +27,6 @@ const wchar_t* LocationName(int location)
     }
 }
 
-int Fail(const wchar_t* what, HRESULT hr)
-{
-    fwprintf(stderr, L"tqvsthost: %ls: 0x%08X (%ls)\n", what, static_cast<unsigned>(hr),
-             DescribeResult(hr).c_str());
-    return 1;
-}
-
 std::wstring DescribeFlags(UINT32 flags)
 {
     static constexpr struct
@@ -84,7 +77,8 @@ int PrintShell(ITqVstEffectFactory* factory, const wchar_t* path)
     tq::ComPtr<ITqVstEffect> shell;
     const HRESULT hr = factory->CreateEffect(path, 0, IID_ITqVstEffect, shell.PutVoid());
     if (FAILED(hr) || !shell)
-        return Fail(L"could not open the shell for its sub-plug-ins", FAILED(hr) ? hr : E_FAIL);
+        return ReportFailure(L"could not open the shell for its sub-plug-ins",
+                             FAILED(hr) ? hr : E_FAIL);
     wprintf(L"Shell plug-in; sub-plug-ins (choose one with --id):\n");
     UINT32 id = 0;
     WCHAR name[kTextCapacity] = {};
@@ -109,23 +103,23 @@ int RunInfo(const Options& options)
     }
     wchar_t path[MAX_PATH] = {};
     if (!GetFullPathNameW(options.arguments[0].c_str(), MAX_PATH, path, nullptr))
-        return Fail(L"not a usable path", HRESULT_FROM_WIN32(GetLastError()));
+        return ReportFailure(L"not a usable path", HRESULT_FROM_WIN32(GetLastError()));
 
     tq::ComPtr<ITqVstEffectFactory> factory;
     DWORD serverProcessId = 0;
     HRESULT hr = GetVstFactory(options.location, IID_ITqVstEffectFactory, factory.PutVoid(),
                                L"tqvst", L"tqvsthost", &serverProcessId, nullptr);
-    if (FAILED(hr)) return Fail(L"could not reach the plug-in server", hr);
+    if (FAILED(hr)) return ReportFailure(L"could not reach the plug-in server", hr);
 
     WCHAR name[kTextCapacity] = {}, vendor[kTextCapacity] = {}, product[kTextCapacity] = {};
     TqVstEffectInfo info = {};
     hr = factory->GetEffectInfoForFile(path, options.id.value_or(0), name, vendor, product, &info,
-                                       options.timeoutMs);
+                                       options.timeoutMs.value_or(0));
     int exitCode = 0;
     if (FAILED(hr))
     {
         const std::wstring what = std::wstring(L"could not load ") + path;
-        exitCode = Fail(what.c_str(), hr);
+        exitCode = ReportFailure(what.c_str(), hr);
     }
     else
     {

@@ -18,7 +18,47 @@ std::optional<UINT32> ParseNumber(const std::wstring& text)
     return static_cast<UINT32>(value);
 }
 
+std::optional<float> ParseFloat(const std::wstring& text)
+{
+    if (text.empty()) return std::nullopt;
+    wchar_t* end = nullptr;
+    const double value = wcstod(text.c_str(), &end);
+    if (*end != 0) return std::nullopt;
+    return static_cast<float>(value);
+}
+
+// A block beyond a million frames gains nothing and could not be allocated for many channels.
+constexpr UINT32 kMaxBlockFrames = 1u << 20;
+
+struct SampleTypeRow
+{
+    UINT32 code;
+    const wchar_t* name;
+};
+
+// The types a host may hand the effect: those with a byte size of their own.
+constexpr SampleTypeRow kSampleTypes[] = {
+    {16, L"pcm8"},    {17, L"pcm16"},   {18, L"pcm24"},      {19, L"pcm32"},
+    {32, L"float32"}, {33, L"float64"}, {48, L"unpacked24"}, {49, L"signed8"},
+    {64, L"be16"},    {65, L"be24"},    {66, L"be32"},
+};
+
 } // namespace
+
+std::optional<UINT32> ParseSampleType(const std::wstring& text)
+{
+    const std::optional<UINT32> code = ParseNumber(text);
+    for (const SampleTypeRow& row : kSampleTypes)
+        if ((code && *code == row.code) || _wcsicmp(text.c_str(), row.name) == 0) return row.code;
+    return std::nullopt;
+}
+
+const wchar_t* SampleTypeName(UINT32 type)
+{
+    for (const SampleTypeRow& row : kSampleTypes)
+        if (row.code == type) return row.name;
+    return L"unknown";
+}
 
 std::optional<UINT32> ParsePluginId(const std::wstring& text)
 {
@@ -82,18 +122,73 @@ bool ParseOptions(int argc, wchar_t** argv, Options& options, std::wstring& erro
                 return false;
             }
         }
-        else if (arg == L"--timeout")
+        else if (arg == L"--timeout" || arg == L"--block" || arg == L"--program")
         {
             const wchar_t* text = value();
             if (!text) return false;
-            const auto ms = ParseNumber(text);
-            if (!ms)
+            const auto number = ParseNumber(text);
+            if (!number || (arg == L"--block" && (*number == 0 || *number > kMaxBlockFrames)))
             {
-                error = std::wstring(L"--timeout: not a number of milliseconds: ") + text;
+                error = arg + L": not a usable number: " + text;
                 return false;
             }
-            options.timeoutMs = *ms;
+            if (arg == L"--timeout")
+                options.timeoutMs = *number;
+            else if (arg == L"--block")
+                options.blockFrames = *number;
+            else
+                options.program = *number;
         }
+        else if (arg == L"--type")
+        {
+            const wchar_t* text = value();
+            if (!text) return false;
+            options.sampleType = ParseSampleType(text);
+            if (!options.sampleType)
+            {
+                error = std::wstring(L"--type: not a sample type: ") + text;
+                return false;
+            }
+        }
+        else if (arg == L"--param")
+        {
+            const wchar_t* text = value();
+            if (!text) return false;
+            const std::wstring assignment = text;
+            const size_t equals = assignment.find(L'=');
+            const auto index = equals == std::wstring::npos
+                                   ? std::nullopt
+                                   : ParseNumber(assignment.substr(0, equals));
+            const auto number = equals == std::wstring::npos
+                                    ? std::nullopt
+                                    : ParseFloat(assignment.substr(equals + 1));
+            if (!index || !number)
+            {
+                error = L"--param: expected INDEX=VALUE, not " + assignment;
+                return false;
+            }
+            options.parameters.emplace_back(*index, *number);
+        }
+        else if (arg == L"--preset" || arg == L"--bank")
+        {
+            const wchar_t* text = value();
+            if (!text) return false;
+            (arg == L"--preset" ? options.presetFile : options.bankFile) = text;
+        }
+        else if (arg == L"--seconds")
+        {
+            const wchar_t* text = value();
+            if (!text) return false;
+            const auto seconds = ParseFloat(text);
+            if (!seconds || *seconds < 0)
+            {
+                error = std::wstring(L"--seconds: not a number of seconds: ") + text;
+                return false;
+            }
+            options.seconds = *seconds;
+        }
+        else if (arg == L"--json")
+            options.json = true;
         else if (arg.size() > 1 && arg[0] == L'-')
         {
             error = L"unknown option " + arg;
@@ -109,6 +204,11 @@ bool ParseOptions(int argc, wchar_t** argv, Options& options, std::wstring& erro
         error = L"--inproc and --x86 exclude each other";
         return false;
     }
+    if (!options.presetFile.empty() && !options.bankFile.empty())
+    {
+        error = L"--preset and --bank exclude each other";
+        return false;
+    }
     options.location = inproc ? 0 : x86 ? 2 : 1;
     return true;
 }
@@ -122,6 +222,31 @@ void PrintUsage()
             L"      Loads PLUGIN, prints its name, vendor, product, unique id, version, program,\n"
             L"      parameter and channel counts, latency, flags and state, and which processes\n"
             L"      the host and the plug-in ran in. For a shell plug-in, lists its sub-plug-ins.\n"
+            L"  tqvsthost params PLUGIN [--inproc | --x86] [--id ID]\n"
+            L"      Lists every parameter (name, display text, label, value, whether it can be\n"
+            L"      automated, properties or \"none\") and every program by name.\n"
+            L"  tqvsthost scan FOLDER... [--timeout MS] [--json] [--x86]\n"
+            L"      Loads every *.dll under the folders (subfolders too) and prints one line per\n"
+            L"      file and a summary. A plug-in that hangs (default limit 10000 ms) or faults\n"
+            L"      is reported and the scan goes on; a server that dies is started again.\n"
+            L"      --json prints a JSON array (UTF-8) on standard output, an object per file,\n"
+            L"      and the progress on standard error.\n"
+            L"  tqvsthost process PLUGIN IN.wav OUT.wav [--type T] [--block N]\n"
+            L"                    [--param INDEX=VALUE]... [--preset FILE.fxp]\n"
+            L"                    [--bank FILE.fxb [--program N]] [--inproc | --x86] [--id ID]\n"
+            L"      Sends IN.wav through the plug-in in blocks of N frames (default 4096, at\n"
+            L"      most 1048576) and writes OUT.wav in IN's format, then prints the peaks in\n"
+            L"      and out in dBFS and the process the plug-in ran in. The plug-in gets the\n"
+            L"      samples as type T (default: the file's own): pcm8, pcm16, pcm24, pcm32,\n"
+            L"      float32, float64, unpacked24, signed8, be16, be24, be32 or a code. OUT is\n"
+            L"      written under a temporary name and renamed when complete; OUT may not be IN.\n"
+            L"  tqvsthost save-preset PLUGIN FILE.fxp|FILE.fxb [--param INDEX=VALUE]...\n"
+            L"                        [--preset FILE.fxp | --bank FILE.fxb] [--program N]\n"
+            L"      Applies the settings, then saves the current program (.fxp) or the whole\n"
+            L"      bank (.fxb). --program chooses the program first.\n"
+            L"  tqvsthost generate OUT.wav [--seconds S]\n"
+            L"      Writes a test signal: a 997 Hz sine at -6 dBFS, stereo, 16-bit, 44100 Hz,\n"
+            L"      S seconds long (default 3).\n"
             L"  tqvsthost --help\n"
             L"      Shows this text.\n"
             L"\n"

@@ -5,6 +5,7 @@
 
 #include <optional>
 #include <string>
+#include <utility>
 #include <vector>
 
 namespace tqhost {
@@ -15,7 +16,15 @@ struct Options
     std::vector<std::wstring> arguments;
     int location = 1; // out of process, same bitness
     std::optional<UINT32> id;
-    UINT32 timeoutMs = 0;
+    std::optional<UINT32> timeoutMs;
+    bool json = false;
+    std::optional<UINT32> sampleType;
+    UINT32 blockFrames = 4096;
+    std::vector<std::pair<UINT32, float>> parameters; // in the order given
+    std::wstring presetFile;
+    std::wstring bankFile;
+    std::optional<UINT32> program;
+    double seconds = 3.0;
     bool help = false;
 };
 
@@ -24,6 +33,10 @@ bool ParseOptions(int argc, wchar_t** argv, Options& options, std::wstring& erro
 
 // A plug-in id given as four characters ('TqGn' or TqGn) or as a number (decimal or 0x hex).
 std::optional<UINT32> ParsePluginId(const std::wstring& text);
+
+// A sample type by its code (17) or its name (pcm16, float32, ...).
+std::optional<UINT32> ParseSampleType(const std::wstring& text);
+const wchar_t* SampleTypeName(UINT32 type);
 
 // The four characters of an id where they are printable, for display.
 std::wstring FourCharacters(UINT32 id);

@@ -1,11 +1,19 @@
-// tqvsthost as a user runs it: its options, what info prints, and how it fails.
+// tqvsthost as a user runs it: its options, what each command prints and writes, and how it
+// fails.
+#include "jsonwriter.h"
 #include "options.h"
 #include "support/testpaths.h"
 #include "uniquehandle.h"
+#include "wavefile.h"
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
+#include <cmath>
+#include <cstdlib>
+#include <cstring>
 #include <string>
+#include <vector>
 
 namespace {
 
@@ -45,12 +53,41 @@ TEST(HostOptions, LocationsAndErrors)
     ASSERT_TRUE(parse({L"info", L"a.dll", L"--inproc"}, inproc, error));
     EXPECT_EQ(inproc.location, 0);
 
+    tqhost::Options process;
+    ASSERT_TRUE(parse({L"process", L"p.dll", L"in.wav", L"out.wav", L"--param", L"0=0.25",
+                       L"--param", L"3=1", L"--type", L"float32", L"--block", L"256"},
+                      process, error));
+    ASSERT_EQ(process.parameters.size(), 2u);
+    EXPECT_EQ(process.parameters[0], std::make_pair(0u, 0.25f));
+    EXPECT_EQ(process.parameters[1], std::make_pair(3u, 1.0f));
+    EXPECT_EQ(process.sampleType, 32u);
+    EXPECT_EQ(process.blockFrames, 256u);
+    EXPECT_EQ(tqhost::ParseSampleType(L"17"), 17u);
+    EXPECT_EQ(tqhost::ParseSampleType(L"PCM24"), 18u);
+    EXPECT_FALSE(tqhost::ParseSampleType(L"20")) << "no such type";
+
     tqhost::Options bad;
+    EXPECT_FALSE(parse({L"process", L"--param", L"0.25"}, bad, error));
+    EXPECT_FALSE(parse({L"process", L"--param", L"x=1"}, bad, error));
+    EXPECT_FALSE(parse({L"process", L"--block", L"0"}, bad, error));
+    EXPECT_FALSE(parse({L"process", L"--block", L"4000000000"}, bad, error)) << "unallocatable";
+    EXPECT_FALSE(parse({L"process", L"--type", L"pcm12"}, bad, error));
+    EXPECT_FALSE(parse({L"process", L"--preset", L"a.fxp", L"--bank", L"b.fxb"}, bad, error));
     EXPECT_FALSE(parse({L"info", L"--inproc", L"--x86"}, bad, error));
     EXPECT_FALSE(parse({L"info", L"--timeout"}, bad, error));
     EXPECT_EQ(error, L"--timeout needs a value");
     EXPECT_FALSE(parse({L"info", L"--frobnicate"}, bad, error));
     EXPECT_EQ(error, L"unknown option --frobnicate");
+}
+
+TEST(HostJson, StringsAreEscapedUtf8)
+{
+    EXPECT_EQ(tqhost::JsonString(L"a\"b\\c"), "\"a\\\"b\\\\c\"");
+    EXPECT_EQ(tqhost::JsonString(L"C:\\x\n\x01"), "\"C:\\\\x\\n\\u0001\"");
+    EXPECT_EQ(tqhost::JsonString(L"\u00E9\U0001F3B5"), "\"\xC3\xA9\xF0\x9F\x8E\xB5\"");
+    EXPECT_EQ(tqhost::JsonString(std::wstring(1, wchar_t(0xD800)) + L"x"), "\"\xEF\xBF\xBDx\"")
+        << "a lone surrogate must not make invalid UTF-8";
+    EXPECT_EQ(tqhost::JsonObject().Add("n", 7u).Add("s", L"v").Text(), "{\"n\": 7, \"s\": \"v\"}");
 }
 
 struct RunResult
@@ -59,8 +96,9 @@ struct RunResult
     std::string output;
 };
 
-// Runs tqvsthost.exe with the arguments and collects what it writes to both streams.
-RunResult RunHost(const std::wstring& arguments)
+// Runs tqvsthost.exe with the arguments and collects what it writes to both streams, or to
+// standard output alone when its errors are to be dropped.
+RunResult RunHost(const std::wstring& arguments, bool dropErrors = false)
 {
     RunResult result;
     SECURITY_ATTRIBUTES inherit = {sizeof(inherit), nullptr, TRUE};
@@ -73,7 +111,9 @@ RunResult RunHost(const std::wstring& arguments)
     startup.cb = sizeof(startup);
     startup.dwFlags = STARTF_USESTDHANDLES;
     startup.hStdOutput = writeEnd;
-    startup.hStdError = writeEnd;
+    tq::UniqueFile nul(
+        CreateFileW(L"NUL", GENERIC_WRITE, FILE_SHARE_WRITE, &inherit, OPEN_EXISTING, 0, nullptr));
+    startup.hStdError = dropErrors ? nul.Get() : writeEnd;
     startup.hStdInput = GetStdHandle(STD_INPUT_HANDLE);
     PROCESS_INFORMATION started = {};
     if (!CreateProcessW(nullptr, line.data(), nullptr, nullptr, TRUE, 0, nullptr, nullptr, &startup,
@@ -81,12 +121,17 @@ RunResult RunHost(const std::wstring& arguments)
         return result;
     tq::UniqueHandle process(started.hProcess), thread(started.hThread);
     writer.Reset();
+    nul.Reset();
     char buffer[4096];
     DWORD read = 0;
     while (ReadFile(reader.Get(), buffer, sizeof(buffer), &read, nullptr) && read > 0)
         result.output.append(buffer, read);
     WaitForSingleObject(process.Get(), 30000);
     GetExitCodeProcess(process.Get(), &result.exitCode);
+    // The console streams are in text mode; the checks read plain line ends.
+    for (size_t at = result.output.find("\r\n"); at != std::string::npos;
+         at = result.output.find("\r\n", at))
+        result.output.erase(at, 1);
     return result;
 }
 
@@ -131,6 +176,354 @@ TEST(HostInfo, FailureIsOneLineWithTheCode)
     const RunResult help = RunHost(L"--help");
     EXPECT_EQ(help.exitCode, 0u);
     EXPECT_NE(help.output.find("tqvsthost info PLUGIN"), std::string::npos);
+}
+
+TEST(HostParams, ListsEveryParameterAndProgram)
+{
+    for (const wchar_t* where : {L"", L"--inproc "})
+    {
+        const RunResult run =
+            RunHost(std::wstring(L"params ") + where + Quoted(tqtest::PluginPath(L"tqgain.dll")));
+        EXPECT_EQ(run.exitCode, 0u) << run.output;
+        EXPECT_NE(run.output.find("Parameters: 1\n"), std::string::npos) << run.output;
+        EXPECT_NE(run.output.find("Gain                     display \"1.000\"  label \"x\"  "
+                                  "value 0.500000  automatable yes\n"),
+                  std::string::npos)
+            << run.output;
+        EXPECT_NE(run.output.find("properties: none"), std::string::npos)
+            << "the gain answers no properties";
+        EXPECT_NE(run.output.find("Programs: 1 (current 0)\n    0  Default\n"), std::string::npos)
+            << run.output;
+    }
+    const RunResult failed = RunHost(L"params " + Quoted(tqtest::PluginPath(L"wrong_magic.dll")));
+    EXPECT_EQ(failed.exitCode, 1u);
+    EXPECT_NE(failed.output.find("0x80070057"), std::string::npos) << failed.output;
+}
+
+// A folder of copies of some test plug-ins, one of them a level down, so a scan sees a known set.
+class HostScan : public ::testing::Test
+{
+protected:
+    void SetUp() override
+    {
+        CreateDirectoryW(m_sub.c_str(), nullptr);
+        for (const wchar_t* file :
+             {L"tqgain.dll", L"fault_in_entry.dll", L"tqshell.dll", L"wrong_magic.dll"})
+            Copy(file, m_folder.File(file));
+        Copy(L"named_vita (64).dll", m_sub + L"\\named_vita (64).dll");
+    }
+    void TearDown() override
+    {
+        for (const std::wstring& file : m_copies)
+            DeleteFileW(file.c_str());
+    }
+
+    void Copy(const std::wstring& plugin, const std::wstring& to)
+    {
+        ASSERT_TRUE(CopyFileW(tqtest::PluginPath(plugin).c_str(), to.c_str(), FALSE));
+        m_copies.push_back(to);
+    }
+
+    tqtest::TempFolder m_folder;
+    std::wstring m_sub = m_folder.File(L"sub");
+    std::vector<std::wstring> m_copies;
+};
+
+// The JSON array on standard output, one object per file, in a form a script can rely on.
+TEST_F(HostScan, ReportsEveryFileAndGoesOnAfterFaults)
+{
+    const RunResult run = RunHost(L"scan --json " + Quoted(m_folder.Path()), true);
+    EXPECT_EQ(run.exitCode, 0u) << run.output;
+    ASSERT_GE(run.output.size(), 4u);
+    EXPECT_EQ(run.output.front(), '[');
+    EXPECT_EQ(run.output.substr(run.output.size() - 3), "\n]\n") << "nothing else on stdout";
+    std::vector<std::string> objects;
+    for (size_t at = run.output.find('{'); at != std::string::npos;
+         at = run.output.find('{', at + 1))
+        objects.push_back(run.output.substr(at, run.output.find('}', at) - at + 1));
+    ASSERT_EQ(objects.size(), 5u) << run.output;
+    // Sorted by name, the subfolder's file last.
+    EXPECT_NE(objects[0].find("fault_in_entry.dll\", \"result\": \"0x8004E017\", "
+                              "\"outcome\": \"crashed\""),
+              std::string::npos)
+        << objects[0];
+    EXPECT_NE(objects[1].find("\"result\": \"0x00000000\", \"outcome\": \"ok\", \"name\": "
+                              "\"TqGain\", \"vendor\": \"tqvst\""),
+              std::string::npos)
+        << objects[1];
+    EXPECT_NE(objects[1].find("\"uniqueId\": 1416709998"), std::string::npos) << objects[1];
+    EXPECT_NE(objects[1].find("\"parameters\": 1, \"programs\": 1"), std::string::npos);
+    EXPECT_NE(objects[2].find("\"outcome\": \"shell\""), std::string::npos) << objects[2];
+    EXPECT_NE(objects[3].find("\"result\": \"0x80070057\", \"outcome\": \"failed\""),
+              std::string::npos)
+        << objects[3];
+    EXPECT_NE(objects[4].find("sub\\\\named_vita (64).dll"), std::string::npos) << objects[4];
+
+    const RunResult text = RunHost(L"scan " + Quoted(m_folder.Path()));
+    EXPECT_EQ(text.exitCode, 0u);
+    EXPECT_NE(text.output.find("[1/5] "), std::string::npos) << text.output;
+    EXPECT_NE(text.output.find("fault_in_entry.dll: crashed: 0x8004E017"), std::string::npos);
+    EXPECT_NE(text.output.find("5 plug-in files: 3 loaded, 2 failed\n"), std::string::npos)
+        << "the summary counts the shell as loaded: " << text.output;
+
+    const RunResult missing = RunHost(L"scan " + Quoted(m_folder.File(L"nothere")));
+    EXPECT_EQ(missing.exitCode, 1u) << missing.output;
+}
+
+TEST_F(HostScan, ASlowPluginTimesOutAndTheScanGoesOn)
+{
+    if (!tqtest::FileExists(tqtest::PluginPath(L"hang_sleep.dll")))
+        GTEST_SKIP() << "hang_sleep.dll is not built";
+    Copy(L"hang_sleep.dll", m_folder.File(L"aaa_hang_sleep.dll"));
+    const RunResult run = RunHost(L"scan --timeout 1000 " + Quoted(m_folder.Path()));
+    EXPECT_EQ(run.exitCode, 0u) << run.output;
+    if (run.output.find("aaa_hang_sleep.dll: hang_sleep") != std::string::npos)
+        GTEST_SKIP() << "the server ran the timed load directly and waited for it";
+    EXPECT_NE(run.output.find("aaa_hang_sleep.dll: hung: 0x8004E00C"), std::string::npos)
+        << run.output;
+    EXPECT_NE(run.output.find("tqgain.dll: TqGain (tqvst)"), std::string::npos)
+        << "the scan goes on after the timeout: " << run.output;
+}
+
+TEST_F(HostScan, StartsANewServerWhenOneDies)
+{
+    Copy(L"exit_in_entry.dll", m_folder.File(L"exit_in_entry.dll"));
+    const RunResult run = RunHost(L"scan " + Quoted(m_folder.Path()));
+    EXPECT_EQ(run.exitCode, 0u) << run.output;
+    EXPECT_NE(run.output.find("exit_in_entry.dll: server ended: 0x"), std::string::npos)
+        << run.output;
+    EXPECT_NE(run.output.find("tqgain.dll: TqGain (tqvst)"), std::string::npos)
+        << "the files after it are loaded by a new server: " << run.output;
+    EXPECT_NE(run.output.find(
+                  "6 plug-in files: 3 loaded, 3 failed, the server was started again 1 time\n"),
+              std::string::npos)
+        << run.output;
+}
+
+// The samples of a WAV file as the host's reader gives them.
+struct WavContents
+{
+    HRESULT hr = E_FAIL;
+    std::vector<BYTE> format;
+    std::vector<INT16> samples;
+};
+
+WavContents ReadWav16(const std::wstring& path)
+{
+    WavContents contents;
+    tqhost::WavReader reader;
+    contents.hr = reader.Open(path);
+    if (FAILED(contents.hr)) return contents;
+    const tqhost::WavFormat& format = reader.Format();
+    contents.format.assign(format.chunk.begin(), format.chunk.begin() + format.size);
+    contents.samples.resize(static_cast<size_t>(reader.Frames()) * format.Header()->nBlockAlign /
+                            2);
+    UINT32 read = 0;
+    contents.hr = reader.Read(contents.samples.data(), static_cast<UINT32>(reader.Frames()), &read);
+    return contents;
+}
+
+bool NotImplemented(const RunResult& run)
+{
+    return run.output.find("0x80004001") != std::string::npos;
+}
+
+class HostProcess : public ::testing::Test
+{
+protected:
+    void SetUp() override
+    {
+        const RunResult made = RunHost(L"generate --seconds 0.5 " + Quoted(m_input));
+        ASSERT_EQ(made.exitCode, 0u) << made.output;
+        m_in = ReadWav16(m_input);
+        ASSERT_EQ(m_in.hr, S_OK);
+    }
+
+    // Every output sample is the input times the gain, to within the last bit of rounding.
+    void ExpectGain(const std::wstring& path, double gain)
+    {
+        const WavContents out = ReadWav16(path);
+        ASSERT_EQ(out.hr, S_OK);
+        EXPECT_EQ(out.format, m_in.format) << "the output keeps the input's format";
+        ASSERT_EQ(out.samples.size(), m_in.samples.size());
+        int worst = 0;
+        for (size_t i = 0; i < out.samples.size(); ++i)
+            worst =
+                std::max(worst, std::abs(out.samples[i] -
+                                         static_cast<int>(std::lround(m_in.samples[i] * gain))));
+        EXPECT_LE(worst, 1);
+    }
+
+    std::wstring Gain() const { return Quoted(tqtest::PluginPath(L"tqgain.dll")); }
+
+    tqtest::TempFolder m_folder;
+    std::wstring m_input = m_folder.File(L"in.wav");
+    std::wstring m_output = m_folder.File(L"out.wav");
+    WavContents m_in;
+};
+
+TEST_F(HostProcess, GeneratesTheTestSignal)
+{
+    ASSERT_EQ(m_in.samples.size(), 22050u * 2);
+    EXPECT_EQ(m_in.samples[0], 0);
+    const auto peak = *std::max_element(m_in.samples.begin(), m_in.samples.end());
+    EXPECT_EQ(peak, 16384) << "half scale";
+    EXPECT_EQ(m_in.samples[200], m_in.samples[201]) << "both channels carry the sine";
+}
+
+TEST_F(HostProcess, AppliesTheParametersInEverySampleType)
+{
+    for (const wchar_t* type : {L"", L" --type float32", L" --type pcm24"})
+    {
+        const RunResult run = RunHost(L"process " + Gain() + L" " + Quoted(m_input) + L" " +
+                                      Quoted(m_output) + L" --param 0=0.25 --block 1000" + type);
+        if (NotImplemented(run)) GTEST_SKIP() << "the effect cannot process yet: " << run.output;
+        ASSERT_EQ(run.exitCode, 0u) << run.output;
+        EXPECT_NE(run.output.find("Processed 22050 frames, 2 channels, 44100 Hz"),
+                  std::string::npos)
+            << run.output;
+        EXPECT_NE(run.output.find("Peak in:  -6.02 dBFS\nPeak out: -12.04 dBFS"), std::string::npos)
+            << run.output;
+        ExpectGain(m_output, 0.5);
+    }
+}
+
+// Builds the bytes of a WAV file: RIFF header, the chunks as given, each padded to even.
+std::string WavBytes(const std::vector<std::pair<std::string, std::string>>& chunks)
+{
+    const auto word = [](uint32_t value) {
+        return std::string(reinterpret_cast<char*>(&value), 4);
+    };
+    std::string body = "WAVE";
+    for (const auto& [id, data] : chunks)
+        body += id + word(static_cast<uint32_t>(data.size())) + data +
+                (data.size() % 2 ? std::string(1, '\0') : "");
+    return "RIFF" + word(static_cast<uint32_t>(body.size())) + body;
+}
+
+TEST_F(HostProcess, MonoTwentyFourBitBehindAnOddChunk)
+{
+    PCMWAVEFORMAT format = {{WAVE_FORMAT_PCM, 1, 48000, 48000 * 3, 3}, 24};
+    const int32_t values[] = {0, 0x7FFFFE, -0x800000, 0x123456, -0x123456, 1001, -3};
+    std::string data;
+    for (int32_t value : values)
+        data.append(reinterpret_cast<const char*>(&value), 3);
+    const std::string bytes =
+        WavBytes({{"LIST", std::string("odd", 3)},
+                  {"fmt ", std::string(reinterpret_cast<const char*>(&format), sizeof(format))},
+                  {"data", data}});
+    const std::wstring input = m_folder.File(L"mono24.wav");
+    {
+        tq::UniqueFile file(CreateFileW(input.c_str(), GENERIC_WRITE, 0, nullptr, CREATE_ALWAYS,
+                                        FILE_ATTRIBUTE_NORMAL, nullptr));
+        DWORD written = 0;
+        ASSERT_TRUE(WriteFile(file.Get(), bytes.data(), static_cast<DWORD>(bytes.size()), &written,
+                              nullptr));
+    }
+    const RunResult run = RunHost(L"process " + Gain() + L" " + Quoted(input) + L" " +
+                                  Quoted(m_output) + L" --param 0=0.25");
+    ASSERT_EQ(run.exitCode, 0u) << run.output;
+    EXPECT_NE(run.output.find("Processed 7 frames, 1 channels, 48000 Hz, as pcm24"),
+              std::string::npos)
+        << run.output;
+
+    tqhost::WavReader reader;
+    ASSERT_EQ(reader.Open(m_output), S_OK);
+    ASSERT_EQ(reader.Frames(), 7u);
+    EXPECT_EQ(reader.Format().size, sizeof(format)) << "the format chunk is kept as it was";
+    std::string out(21, '\0');
+    UINT32 read = 0;
+    ASSERT_EQ(reader.Read(out.data(), 7, &read), S_OK);
+    for (size_t i = 0; i < 7; ++i)
+    {
+        int32_t value = 0;
+        std::memcpy(&value, out.data() + 3 * i, 3);
+        value = (value << 8) >> 8;
+        EXPECT_NEAR(value, values[i] / 2.0, 1.0) << "sample " << i;
+    }
+}
+
+TEST_F(HostProcess, NeverHarmsTheUsersFiles)
+{
+    const RunResult same = RunHost(L"process " + Gain() + L" " + Quoted(m_input) + L" " +
+                                   Quoted(m_folder.Path() + L"\\.\\IN.WAV"));
+    EXPECT_EQ(same.exitCode, 1u);
+    EXPECT_NE(same.output.find("would overwrite the input"), std::string::npos) << same.output;
+    const std::wstring link = m_folder.File(L"link.wav");
+    if (CreateHardLinkW(link.c_str(), m_input.c_str(), nullptr))
+    {
+        const RunResult linked =
+            RunHost(L"process " + Gain() + L" " + Quoted(m_input) + L" " + Quoted(link));
+        EXPECT_EQ(linked.exitCode, 1u) << "another name of the input: " << linked.output;
+    }
+    ExpectGain(m_input, 1.0);
+
+    const RunResult notWav =
+        RunHost(L"process " + Gain() + L" " + Gain() + L" " + Quoted(m_output));
+    EXPECT_EQ(notWav.exitCode, 1u);
+    EXPECT_NE(notWav.output.find("as a WAV file: 0x8004E080 (not a RIFF file"), std::string::npos)
+        << notWav.output;
+    EXPECT_EQ(notWav.output.find('\n'), notWav.output.size() - 1) << "one line";
+
+    // A plug-in that cannot be loaded must leave neither the output nor its temporary file.
+    const RunResult faulting =
+        RunHost(L"process " + Quoted(tqtest::PluginPath(L"fault_in_entry.dll")) + L" " +
+                Quoted(m_input) + L" " + Quoted(m_output));
+    EXPECT_EQ(faulting.exitCode, 1u);
+    EXPECT_NE(faulting.output.find("0x8004E017"), std::string::npos) << faulting.output;
+    WIN32_FIND_DATAW found;
+    HANDLE search = FindFirstFileW((m_folder.Path() + L"\\out*").c_str(), &found);
+    EXPECT_EQ(search, INVALID_HANDLE_VALUE) << "left behind a file";
+    if (search != INVALID_HANDLE_VALUE) FindClose(search);
+}
+
+TEST_F(HostProcess, SavedPresetsAndBanksCarryTheParameters)
+{
+    for (const wchar_t* name : {L"half.fxp", L"half.fxb"})
+    {
+        const std::wstring file = m_folder.File(name);
+        const RunResult saved =
+            RunHost(L"save-preset " + Gain() + L" " + Quoted(file) + L" --param 0=0.25");
+        if (NotImplemented(saved)) GTEST_SKIP() << "the effect cannot save yet: " << saved.output;
+        ASSERT_EQ(saved.exitCode, 0u) << saved.output;
+        const bool bank = std::wstring(name).ends_with(L".fxb");
+        const RunResult run =
+            RunHost(L"process " + Gain() + L" " + Quoted(m_input) + L" " + Quoted(m_output) +
+                    (bank ? L" --bank " : L" --preset ") + Quoted(file));
+        if (NotImplemented(run)) GTEST_SKIP() << "the effect cannot load yet: " << run.output;
+        ASSERT_EQ(run.exitCode, 0u) << run.output;
+        ExpectGain(m_output, 0.5);
+        DeleteFileW(file.c_str());
+    }
+    const RunResult wrong = RunHost(L"process " + Gain() + L" " + Quoted(m_input) + L" " +
+                                    Quoted(m_output) + L" --preset " + Quoted(m_input));
+    EXPECT_EQ(wrong.exitCode, 1u);
+    EXPECT_NE(wrong.output.find("could not load the preset"), std::string::npos) << wrong.output;
+}
+
+TEST(HostEditor, OpensAtThePluginsSizeAndFollowsItsRequests)
+{
+    for (const wchar_t* where : {L"", L"--inproc "})
+    {
+        const RunResult run = RunHost(std::wstring(L"editor --seconds 0.5 ") + where +
+                                      Quoted(tqtest::PluginPath(L"editor_child.dll")));
+        if (run.output.find("could not create the editor's window") != std::string::npos)
+            GTEST_SKIP() << "no display for windows: " << run.output;
+        EXPECT_EQ(run.exitCode, 0u) << run.output;
+        // The plug-in mixes up its corners; the host gets them put right.
+        EXPECT_NE(run.output.find("Editor of editor_child: 40 x 80 (left 10, top 20, right 50, "
+                                  "bottom 100)\n"),
+                  std::string::npos)
+            << run.output;
+        EXPECT_NE(run.output.find("The plug-in asked for 200 x 120\n"), std::string::npos)
+            << "the request made during editor idle reaches the host: " << run.output;
+        EXPECT_EQ(run.output.find("111 x 222"), std::string::npos)
+            << "a request made before the editor is open is dropped";
+        EXPECT_NE(run.output.find("Closed the editor after "), std::string::npos);
+    }
+    const RunResult none = RunHost(L"editor " + Quoted(tqtest::PluginPath(L"tqgain.dll")));
+    EXPECT_EQ(none.exitCode, 1u);
+    EXPECT_NE(none.output.find("has no editor"), std::string::npos) << none.output;
 }
 
 } // namespace

@@ -1,0 +1,27 @@
+// JSON text for tqvsthost's machine-readable output: escaped UTF-8 strings and simple objects.
+#pragma once
+
+#include <windows.h>
+
+#include <string>
+
+namespace tqhost {
+
+// The text as a quoted JSON string in UTF-8, with quotes, backslashes and control characters
+// escaped; an unpaired surrogate becomes U+FFFD rather than invalid UTF-8.
+std::string JsonString(const std::wstring& text);
+
+// Builds one object member by member, in the order added.
+class JsonObject
+{
+public:
+    JsonObject& Add(const char* key, const std::wstring& text);
+    JsonObject& Add(const char* key, UINT32 number);
+    std::string Text() const { return "{" + m_members + "}"; }
+
+private:
+    void Key(const char* key);
+    std::string m_members;
+};
+
+} // namespace tqhost

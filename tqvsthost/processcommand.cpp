@@ -1,0 +1,186 @@
+// tqvsthost process: reads a WAV file, sends it through the plug-in block by block in the chosen
+// host sample type, and writes the result in the input's own format.
+#include "processcommand.h"
+
+#include "hresulttext.h"
+#include "pluginsession.h"
+#include "tqsamplecopy.h"
+#include "wavefile.h"
+
+#include <algorithm>
+#include <cmath>
+#include <cstdio>
+#include <vector>
+
+namespace tqhost {
+namespace {
+
+// Files longer than this many frames show how far the processing got.
+constexpr UINT64 kProgressThresholdFrames = 10ull * 48000;
+
+// The loudest sample of a block, measured in float so every sample type reads alike.
+class PeakMeter
+{
+public:
+    void Measure(TQSAMPLETYPE type, const void* samples, UINT32 channels, UINT32 frames)
+    {
+        m_scratch.resize(size_t(channels) * frames);
+        if (FAILED(TqAudio_CopyByType(TQSAMPLE_FLOAT32, m_scratch.data(), type, samples, channels,
+                                      static_cast<long>(frames), 1.0f)))
+            return;
+        for (float sample : m_scratch)
+            m_peak = std::max(m_peak, std::fabs(sample));
+    }
+    double Decibels() const { return m_peak > 0 ? 20.0 * std::log10(m_peak) : -INFINITY; }
+
+private:
+    std::vector<float> m_scratch;
+    float m_peak = 0.0f;
+};
+
+// Same full path, or, when both exist, the same file under another name (a short name or a link).
+bool SameFile(const std::wstring& a, const std::wstring& b)
+{
+    if (_wcsicmp(a.c_str(), b.c_str()) == 0) return true;
+    const auto identity = [](const std::wstring& path, BY_HANDLE_FILE_INFORMATION& info) {
+        tq::UniqueFile file(CreateFileW(path.c_str(), 0,
+                                        FILE_SHARE_READ | FILE_SHARE_WRITE | FILE_SHARE_DELETE,
+                                        nullptr, OPEN_EXISTING, FILE_ATTRIBUTE_NORMAL, nullptr));
+        return file.Get() != INVALID_HANDLE_VALUE && GetFileInformationByHandle(file.Get(), &info);
+    };
+    BY_HANDLE_FILE_INFORMATION first = {}, second = {};
+    return identity(a, first) && identity(b, second) &&
+           first.dwVolumeSerialNumber == second.dwVolumeSerialNumber &&
+           first.nFileIndexHigh == second.nFileIndexHigh &&
+           first.nFileIndexLow == second.nFileIndexLow;
+}
+
+// Sets the effect up for the stream, stopping at the first step that fails.
+bool Prepare(ITqVstEffect* effect, const WAVEFORMATEX* format, UINT32 hostType, UINT32 block)
+{
+    HRESULT hr = S_OK;
+    const wchar_t* what = L"could not set the sample rate";
+    if (SUCCEEDED(hr = effect->SetSampleRate(format->nSamplesPerSec)))
+    {
+        what = L"could not set the sample type";
+        hr = effect->SetSampleType(hostType);
+    }
+    if (SUCCEEDED(hr))
+    {
+        what = L"could not set the channel count";
+        hr = effect->SetChannelCount(format->nChannels);
+    }
+    if (SUCCEEDED(hr))
+    {
+        what = L"could not set the block size";
+        hr = effect->SetBlockSize(static_cast<INT32>(block));
+    }
+    if (SUCCEEDED(hr))
+    {
+        what = L"could not resume the plug-in";
+        hr = effect->Resume(0);
+    }
+    if (SUCCEEDED(hr)) return true;
+    ReportFailure(what, hr);
+    return false;
+}
+
+} // namespace
+
+int RunProcess(const Options& options)
+{
+    if (options.arguments.size() != 3)
+    {
+        fwprintf(stderr, L"tqvsthost: process needs PLUGIN IN OUT (see --help)\n");
+        return 1;
+    }
+    std::wstring input, output;
+    if (!FullPath(options.arguments[1], input) || !FullPath(options.arguments[2], output))
+        return ReportFailure(L"not a usable path", HRESULT_FROM_WIN32(ERROR_BAD_PATHNAME));
+    if (SameFile(input, output))
+        return ReportFailure(L"the output would overwrite the input " + input,
+                             HRESULT_FROM_WIN32(ERROR_FILE_EXISTS));
+
+    WavReader reader;
+    HRESULT hr = reader.Open(input);
+    if (FAILED(hr)) return ReportFailure(L"could not read " + input + L" as a WAV file", hr);
+    const WAVEFORMATEX* format = reader.Format().Header();
+    const TQSAMPLETYPE fileType = TqAudio_GetSampleType(format);
+    if (fileType == TQSAMPLE_NONE)
+        return ReportFailure(input + L" holds compressed or unknown samples",
+                             HRESULT_FROM_WIN32(ERROR_NOT_SUPPORTED));
+    const auto hostType = static_cast<TQSAMPLETYPE>(options.sampleType.value_or(fileType));
+    const UINT32 hostBytes = TqAudio_BytesFromSampleType(hostType);
+    const UINT32 channels = format->nChannels;
+    const bool convert = hostType != fileType;
+    if (convert && (!TqAudio_GetCopyFunction2(hostType, fileType) ||
+                    !TqAudio_GetCopyFunction2(fileType, hostType)))
+        return ReportFailure(std::wstring(L"no conversion between the file's samples and ") +
+                                 SampleTypeName(hostType),
+                             E_NOTIMPL);
+
+    PluginSession session;
+    if (!OpenPlugin(options, options.arguments[0], session)) return 1;
+    ITqVstEffect* effect = session.effect.Get();
+    if (!ApplySettings(options, effect)) return 1;
+    const UINT32 block = options.blockFrames;
+    if (!Prepare(effect, format, hostType, block)) return 1;
+
+    WavWriter writer;
+    hr = writer.Create(output, reader.Format());
+    if (FAILED(hr)) return ReportFailure(L"could not create " + output, hr);
+
+    const size_t fileBlockBytes = size_t(block) * format->nBlockAlign;
+    const size_t hostBlockBytes = size_t(block) * channels * hostBytes;
+    std::vector<BYTE> fileIn(fileBlockBytes), fileOut(fileBlockBytes);
+    std::vector<BYTE> hostIn(hostBlockBytes), hostOut(hostBlockBytes);
+    PeakMeter peakIn, peakOut;
+    const UINT64 total = reader.Frames();
+    const bool showProgress = total > kProgressThresholdFrames;
+    UINT64 done = 0;
+    int shownPercent = -1;
+    for (;;)
+    {
+        UINT32 frames = 0;
+        hr = reader.Read(fileIn.data(), block, &frames);
+        if (FAILED(hr)) return ReportFailure(L"could not read " + input, hr);
+        if (frames == 0) break;
+        peakIn.Measure(fileType, fileIn.data(), channels, frames);
+        if (convert)
+            TqAudio_CopyByType(hostType, hostIn.data(), fileType, fileIn.data(), channels,
+                               static_cast<long>(frames), 1.0f);
+        BYTE* in = convert ? hostIn.data() : fileIn.data();
+        BYTE* out = convert ? hostOut.data() : fileOut.data();
+        hr = effect->Process(in, channels, out, static_cast<INT32>(channels), frames, hostBytes);
+        if (FAILED(hr)) return ReportFailure(L"the plug-in could not process", hr);
+        if (convert)
+            TqAudio_CopyByType(fileType, fileOut.data(), hostType, hostOut.data(), channels,
+                               static_cast<long>(frames), 1.0f);
+        peakOut.Measure(fileType, fileOut.data(), channels, frames);
+        hr = writer.Write(fileOut.data(), frames);
+        if (FAILED(hr)) return ReportFailure(L"could not write " + output, hr);
+        done += frames;
+        const int percent = static_cast<int>(done * 100 / std::max<UINT64>(total, 1));
+        if (showProgress && percent / 10 != shownPercent / 10)
+        {
+            fwprintf(stderr, L"\rprocessing: %3d%%", percent);
+            shownPercent = percent;
+        }
+    }
+    if (showProgress) fwprintf(stderr, L"\n");
+    effect->Suspend(1);
+    hr = writer.Commit();
+    if (FAILED(hr)) return ReportFailure(L"could not complete " + output, hr);
+    wprintf(L"Processed %llu frames, %u channels, %u Hz, as %ls, through %ls\n", done, channels,
+            static_cast<unsigned>(format->nSamplesPerSec), SampleTypeName(hostType),
+            session.path.c_str());
+    if (options.location == 0)
+        wprintf(L"Plug-in process: %lu (in process)\n", GetCurrentProcessId());
+    else
+        wprintf(L"Plug-in process: %lu (server; this host is %lu)\n",
+                session.factory.ServerProcessId(), GetCurrentProcessId());
+    wprintf(L"Peak in:  %.2f dBFS\nPeak out: %.2f dBFS\n", peakIn.Decibels(), peakOut.Decibels());
+    return 0;
+}
+
+} // namespace tqhost
