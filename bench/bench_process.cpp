@@ -1,5 +1,6 @@
 // bench_process: round trip of one Process call for stereo float blocks through tqgain, in
 // process and through a server process.
+#include "benchsupport.h"
 #include "comptr.h"
 #include "vstclient.h"
 
@@ -14,6 +15,9 @@
 
 namespace {
 
+using tqbench::BenchFolder;
+using tqbench::Percentile;
+
 constexpr int kWarmUp = 100;
 constexpr int kCalls = 2000;
 constexpr UINT32 kChannels = 2;
@@ -26,21 +30,6 @@ struct Figures
     double medianUs[kSizes] = {};
     double p99Us[kSizes] = {};
 };
-
-std::wstring BenchFolder()
-{
-    wchar_t path[MAX_PATH] = {};
-    GetModuleFileNameW(nullptr, path, MAX_PATH);
-    PathRemoveFileSpecW(path);
-    return path;
-}
-
-double Percentile(std::vector<double>& samples, double fraction)
-{
-    const size_t at = std::min(samples.size() - 1, static_cast<size_t>(fraction * samples.size()));
-    std::nth_element(samples.begin(), samples.begin() + static_cast<ptrdiff_t>(at), samples.end());
-    return samples[at];
-}
 
 // Times kCalls blocks of the given size; false when a call fails.
 bool MeasureSize(ITqVstEffect* effect, UINT32 frames, double* median, double* p99)

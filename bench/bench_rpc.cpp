@@ -1,4 +1,5 @@
 // bench_rpc: round trip of one effect call in process and through a server process.
+#include "benchsupport.h"
 #include "comptr.h"
 #include "vstclient.h"
 
@@ -12,6 +13,9 @@
 
 namespace {
 
+using tqbench::BenchFolder;
+using tqbench::Percentile;
+
 constexpr int kWarmUp = 200;
 constexpr int kCalls = 3000;
 
@@ -21,21 +25,6 @@ struct Figures
     double medianUs = 0;
     double p99Us = 0;
 };
-
-std::wstring BenchFolder()
-{
-    wchar_t path[MAX_PATH] = {};
-    GetModuleFileNameW(nullptr, path, MAX_PATH);
-    PathRemoveFileSpecW(path);
-    return path;
-}
-
-double Percentile(std::vector<double>& samples, double fraction)
-{
-    const size_t at = std::min(samples.size() - 1, static_cast<size_t>(fraction * samples.size()));
-    std::nth_element(samples.begin(), samples.begin() + static_cast<ptrdiff_t>(at), samples.end());
-    return samples[at];
-}
 
 Figures Measure(int location, const std::wstring& plugin, const wchar_t* label)
 {

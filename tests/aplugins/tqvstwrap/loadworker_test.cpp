@@ -1,5 +1,6 @@
 // Timed loads on the load worker: hung plug-ins abandoned in time, the worker rebuilt for the
 // next load, in process and in a server; and the worker's message-pumping wait.
+#include "support/serverprocess.h"
 #include "comptr.h"
 #include "loadworker.h"
 #include "support/testpaths.h"
@@ -23,7 +24,6 @@ constexpr DWORD kAbandonSlackMs = 1000;
 constexpr DWORD kGenerousMs = 10000;
 // hang_sleep's sleep in its entry point.
 constexpr DWORD kEntrySleepMs = 3000;
-constexpr DWORD kServerExitMs = 5000;
 
 // ---- The wait -----------------------------------------------------------------------------
 
@@ -137,29 +137,7 @@ TEST(WorkerThread, StartsOnceAndAnewAfterShutdown)
 
 // ---- Timed loads, in process and in a server -----------------------------------------------
 
-// Watches a server process; a test that fails half-way still leaves no server behind.
-class ServerProcess
-{
-public:
-    explicit ServerProcess(DWORD pid)
-        : m_process(pid ? OpenProcess(SYNCHRONIZE | PROCESS_TERMINATE, FALSE, pid) : nullptr)
-    {
-    }
-    ~ServerProcess()
-    {
-        if (m_process && WaitForSingleObject(m_process.Get(), kServerExitMs) != WAIT_OBJECT_0)
-            TerminateProcess(m_process.Get(), 1);
-    }
-    ServerProcess(const ServerProcess&) = delete;
-    ServerProcess& operator=(const ServerProcess&) = delete;
-    bool EndsWithin(DWORD ms) const
-    {
-        return WaitForSingleObject(m_process.Get(), ms) == WAIT_OBJECT_0;
-    }
-
-private:
-    tq::UniqueHandle m_process;
-};
+using tqtest::ServerProcess;
 
 struct Facts
 {
@@ -192,7 +170,7 @@ protected:
         // An abandoned load must not keep the server alive.
         if (GetParam() != kTqVstInProcess)
         {
-            EXPECT_TRUE(m_server->EndsWithin(kServerExitMs));
+            EXPECT_TRUE(m_server->EndsWithin(ServerProcess::kExitMs));
         }
         m_server.reset();
         CoUninitialize();

@@ -1,5 +1,6 @@
 // Hosts reach plug-ins in a server process: start, facts, effects through the proxy, faults, and
 // the server ending by itself when the host lets go.
+#include "support/serverprocess.h"
 #include "comptr.h"
 #include "support/testpaths.h"
 #include "uniquehandle.h"
@@ -13,35 +14,13 @@ namespace {
 
 using tqtest::PluginPath;
 
-constexpr DWORD kServerExitMs = 5000;
 
 bool IsZero(const CLSID& id)
 {
     return id == CLSID{};
 }
 
-// Watches a server process; a test that fails half-way still leaves no server behind.
-class ServerProcess
-{
-public:
-    explicit ServerProcess(DWORD pid)
-        : m_process(OpenProcess(SYNCHRONIZE | PROCESS_TERMINATE, FALSE, pid))
-    {
-    }
-    ~ServerProcess()
-    {
-        if (m_process && WaitForSingleObject(m_process.Get(), kServerExitMs) != WAIT_OBJECT_0)
-            TerminateProcess(m_process.Get(), 1);
-    }
-    bool Opened() const { return static_cast<bool>(m_process); }
-    bool EndsWithin(DWORD ms) const
-    {
-        return WaitForSingleObject(m_process.Get(), ms) == WAIT_OBJECT_0;
-    }
-
-private:
-    tq::UniqueHandle m_process;
-};
+using tqtest::ServerProcess;
 
 class OutOfProcess : public testing::Test
 {
@@ -100,7 +79,7 @@ TEST_F(OutOfProcess, ServerLoadsPluginAndEndsWhenReleased)
     EXPECT_FALSE(server.EndsWithin(300));
     ASSERT_EQ(effect->GetEffectName(name, 64), S_OK);
     effect.Reset();
-    EXPECT_TRUE(server.EndsWithin(kServerExitMs));
+    EXPECT_TRUE(server.EndsWithin(ServerProcess::kExitMs));
 }
 
 TEST_F(OutOfProcess, RunningServerIsSharedUntilItsLastFactoryGoes)
@@ -180,7 +159,7 @@ TEST_F(OutOfProcess, ThirtyTwoBitServerServesThirtyTwoBitPlugins)
               static_cast<HRESULT>(0x800700C1));
     EXPECT_EQ(info.state & 1u, 0u);
     EXPECT_EQ(ReleaseVstFactory(kTqVstServer32, factory.Detach()), S_OK);
-    EXPECT_TRUE(server.EndsWithin(kServerExitMs));
+    EXPECT_TRUE(server.EndsWithin(ServerProcess::kExitMs));
 }
 
 TEST_F(OutOfProcess, EffectForFileGoesWhereTheMachineTypeFits)

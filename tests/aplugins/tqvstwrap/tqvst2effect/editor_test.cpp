@@ -1,5 +1,6 @@
 // A plug-in's editor in a host window, in this process and in a server: the ordered rectangle, the
 // child window, editor idle, size requests only while open, closing once.
+#include "support/serverprocess.h"
 #include "comptr.h"
 #include "plugins/editor_child_record.h"
 #include "support/testmaster.h"
@@ -20,7 +21,6 @@ using Calls = std::vector<std::string>;
 using Rect = std::array<UINT32, 4>;
 
 constexpr Rect kOrderedRect = {10, 20, 50, 100}; // left, top, right, bottom
-constexpr DWORD kServerExitMs = 5000;
 
 // A visible top-level window standing in for the host's editor frame.
 class HostWindow
@@ -211,27 +211,7 @@ TEST_F(InProcessEditor, HostDoesNotSizeTheEditor)
     EXPECT_EQ(yes, 0u);
 }
 
-// Watches the server process; a test that fails half-way still leaves no server behind.
-class ServerProcess
-{
-public:
-    explicit ServerProcess(DWORD pid)
-        : m_process(OpenProcess(SYNCHRONIZE | PROCESS_TERMINATE, FALSE, pid))
-    {
-    }
-    ~ServerProcess()
-    {
-        if (m_process && WaitForSingleObject(m_process.Get(), kServerExitMs) != WAIT_OBJECT_0)
-            TerminateProcess(m_process.Get(), 1);
-    }
-    bool EndsWithin(DWORD ms) const
-    {
-        return WaitForSingleObject(m_process.Get(), ms) == WAIT_OBJECT_0;
-    }
-
-private:
-    tq::UniqueHandle m_process;
-};
+using tqtest::ServerProcess;
 
 class ServerEditor : public EditorTest
 {
@@ -264,7 +244,7 @@ protected:
         EXPECT_EQ(effect->Idle(), S_OK);
         EXPECT_EQ(master.Calls().size(), 1u) << "closed: the request is dropped in the server";
         Unload();
-        EXPECT_TRUE(server.EndsWithin(kServerExitMs));
+        EXPECT_TRUE(server.EndsWithin(ServerProcess::kExitMs));
         EXPECT_EQ(master.References(), 0) << "the server gave the master back";
     }
 };

@@ -1,4 +1,5 @@
 // Program and bank files: their bytes, round trips, refused and truncated files, through a server.
+#include "support/serverprocess.h"
 #include "comptr.h"
 #include "support/testpaths.h"
 #include "uniquehandle.h"
@@ -548,30 +549,8 @@ TEST_F(Presets, NoProgramsOrNoStream)
     EXPECT_EQ(effect->LoadBank(nullptr, 0), E_POINTER);
 }
 
-constexpr DWORD kServerExitMs = 5000;
 
-// Watches a server process; a test that fails half-way still leaves no
-// server behind.
-class ServerProcess
-{
-public:
-    explicit ServerProcess(DWORD pid)
-        : m_process(OpenProcess(SYNCHRONIZE | PROCESS_TERMINATE, FALSE, pid))
-    {
-    }
-    ~ServerProcess()
-    {
-        if (m_process && WaitForSingleObject(m_process.Get(), kServerExitMs) != WAIT_OBJECT_0)
-            TerminateProcess(m_process.Get(), 1);
-    }
-    bool EndsWithin(DWORD ms) const
-    {
-        return WaitForSingleObject(m_process.Get(), ms) == WAIT_OBJECT_0;
-    }
-
-private:
-    tq::UniqueHandle m_process;
-};
+using tqtest::ServerProcess;
 
 TEST(PresetsInServer, HostStreamCarriesProgramsAndBanksBothWays)
 {
@@ -615,7 +594,7 @@ TEST(PresetsInServer, HostStreamCarriesProgramsAndBanksBothWays)
         EXPECT_EQ(value, Initial(2, 0));
 
         effect.Reset();
-        EXPECT_TRUE(server.EndsWithin(kServerExitMs));
+        EXPECT_TRUE(server.EndsWithin(ServerProcess::kExitMs));
     }
     CoUninitialize();
 }

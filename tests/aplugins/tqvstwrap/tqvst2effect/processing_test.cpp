@@ -1,5 +1,6 @@
 // The audio path: blocks through plug-ins bit-exact in every host sample type, in process and in a
 // server, channel layouts, buffer reuse, faults, and the switching calls around processing.
+#include "support/serverprocess.h"
 #include "comptr.h"
 #include "plugins/state_probe_record.h"
 #include "support/testpaths.h"
@@ -478,23 +479,7 @@ TEST_F(SwitchingCalls, ChannelCountSendsItsArrangementBetweenMainsCalls)
     EXPECT_EQ(Heard(), "12:1 71");
 }
 
-// Watches a server process; a test that fails half-way still leaves no server behind.
-class ServerProcess
-{
-public:
-    explicit ServerProcess(DWORD pid)
-        : m_process(OpenProcess(SYNCHRONIZE | PROCESS_TERMINATE, FALSE, pid))
-    {
-    }
-    ~ServerProcess()
-    {
-        if (m_process && WaitForSingleObject(m_process.Get(), 5000) != WAIT_OBJECT_0)
-            TerminateProcess(m_process.Get(), 1);
-    }
-
-private:
-    tq::UniqueHandle m_process;
-};
+using tqtest::ServerProcess;
 
 TEST(ProcessingOutOfProcess, GainIsBitExactThroughTheServer)
 {
