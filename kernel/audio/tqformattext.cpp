@@ -224,6 +224,24 @@ bool HasOwnBitRate(const _tqwaveformat& fmt)
     return fmt.nAvgBytesPerSec != 0 && uint64_t{fmt.nAvgBytesPerSec} * 8 != plain;
 }
 
+// A text made from a sample type's row: empty for no type, cleared with E_INVALIDARG for a type
+// the table does not know.
+template <class Compose>
+HRESULT FormatSampleTypeRow(TQSAMPLETYPE type, wchar_t* dst, int size, Compose compose)
+{
+    if (!IsDestination(dst, size)) return E_INVALIDARG;
+    if (type == TQSAMPLE_NONE) return CopyText(dst, size, L"");
+    const SampleTypeText* row = FindSampleTypeText(type);
+    if (!row)
+    {
+        dst[0] = 0;
+        return E_INVALIDARG;
+    }
+    Text text;
+    compose(text, *row);
+    return CopyText(dst, size, text);
+}
+
 } // namespace
 } // namespace tq::audio
 
@@ -231,34 +249,18 @@ using namespace tq::audio;
 
 extern "C" HRESULT TqAudio_GetSampleTypeText(TQSAMPLETYPE type, wchar_t* dst, int size)
 {
-    if (!IsDestination(dst, size)) return E_INVALIDARG;
-    if (type == TQSAMPLE_NONE) return CopyText(dst, size, L"");
-    const SampleTypeText* row = FindSampleTypeText(type);
-    if (!row)
-    {
-        dst[0] = 0;
-        return E_INVALIDARG;
-    }
-    Text text;
-    Format(text, TqGetString(row->format), row->bits);
-    return CopyText(dst, size, text);
+    return FormatSampleTypeRow(type, dst, size, [](Text& text, const SampleTypeText& row) {
+        Format(text, TqGetString(row.format), row.bits);
+    });
 }
 
 extern "C" HRESULT TqAudio_GetBitDepthText(TQSAMPLETYPE type, wchar_t* dst, int size,
                                            BOOL significantBits)
 {
-    if (!IsDestination(dst, size)) return E_INVALIDARG;
-    if (type == TQSAMPLE_NONE) return CopyText(dst, size, L"");
-    const SampleTypeText* row = FindSampleTypeText(type);
-    if (!row)
-    {
-        dst[0] = 0;
-        return E_INVALIDARG;
-    }
-    Text text;
-    Format(text, TqGetString(TQS(AudioFmtBits)),
-           significantBits ? row->significantBits : row->containerBits);
-    return CopyText(dst, size, text);
+    return FormatSampleTypeRow(type, dst, size, [&](Text& text, const SampleTypeText& row) {
+        Format(text, TqGetString(TQS(AudioFmtBits)),
+               significantBits ? row.significantBits : row.containerBits);
+    });
 }
 
 extern "C" HRESULT TqAudio_GetChannelsText(UINT channels, DWORD channelMask, wchar_t* dst, int size)
