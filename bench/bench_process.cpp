@@ -1,13 +1,9 @@
 // bench_process: round trip of one Process call for stereo float blocks through tqgain, in
 // process and through a server process.
 #include "benchsupport.h"
-#include "comptr.h"
-#include "vstclient.h"
 
 #include <objbase.h>
-#include <shlwapi.h>
 
-#include <algorithm>
 #include <cmath>
 #include <cstdio>
 #include <string>
@@ -16,7 +12,6 @@
 namespace {
 
 using tqbench::BenchFolder;
-using tqbench::Percentile;
 
 constexpr int kWarmUp = 100;
 constexpr int kCalls = 2000;
@@ -39,66 +34,39 @@ bool MeasureSize(ITqVstEffect* effect, UINT32 frames, double* median, double* p9
         input[i] = static_cast<float>(std::sin(double(i) * 0.01) * 0.5);
     auto* in = reinterpret_cast<BYTE*>(input.data());
     auto* out = reinterpret_cast<BYTE*>(output.data());
-
-    LARGE_INTEGER frequency, start, end;
-    QueryPerformanceFrequency(&frequency);
-    for (int i = 0; i < kWarmUp; ++i)
-        if (FAILED(effect->Process(in, kChannels, out, kChannels, frames, sizeof(float))))
-            return false;
-    std::vector<double> samples;
-    samples.reserve(kCalls);
-    for (int i = 0; i < kCalls; ++i)
-    {
-        QueryPerformanceCounter(&start);
-        const HRESULT hr = effect->Process(in, kChannels, out, kChannels, frames, sizeof(float));
-        QueryPerformanceCounter(&end);
-        if (FAILED(hr)) return false;
-        samples.push_back(static_cast<double>(end.QuadPart - start.QuadPart) * 1e6 /
-                          static_cast<double>(frequency.QuadPart));
-    }
-    *median = Percentile(samples, 0.5);
-    *p99 = Percentile(samples, 0.99);
-    return true;
+    return tqbench::TimeCalls(
+        kWarmUp, kCalls,
+        [&] { return effect->Process(in, kChannels, out, kChannels, frames, sizeof(float)); },
+        median, p99);
 }
 
 Figures Measure(int location, const std::wstring& plugin, const wchar_t* label)
 {
     Figures figures;
-    tq::ComPtr<ITqVstEffectFactory> factory;
-    HRESULT hr = GetVstFactory(location, IID_ITqVstEffectFactory, factory.PutVoid(), L"tqvst",
-                               L"bench_process", nullptr, nullptr);
-    if (FAILED(hr))
-    {
-        wprintf(L"%-14ls not measured: factory 0x%08X\n", label, static_cast<unsigned>(hr));
-        return figures;
-    }
-    tq::ComPtr<ITqVstEffect> effect;
-    hr = factory->CreateEffect(plugin.c_str(), 0, IID_ITqVstEffect, effect.PutVoid());
-    if (SUCCEEDED(hr)) hr = effect->SetSampleType(32);
+    const tqbench::BenchEffect bench(location, plugin, label, L"bench_process");
+    ITqVstEffect* effect = bench.Get();
+    if (!effect) return figures;
+    HRESULT hr = effect->SetSampleType(32);
     if (SUCCEEDED(hr)) hr = effect->SetChannelCount(kChannels);
     if (SUCCEEDED(hr)) hr = effect->Resume(0);
     if (FAILED(hr))
     {
-        wprintf(L"%-14ls not measured: effect 0x%08X\n", label, static_cast<unsigned>(hr));
-        effect.Reset();
-        ReleaseVstFactory(location, factory.Detach());
+        wprintf(L"%-22ls not measured: set-up 0x%08X\n", label, static_cast<unsigned>(hr));
         return figures;
     }
     figures.measured = true;
     for (int s = 0; s < kSizes && figures.measured; ++s)
     {
         figures.measured =
-            MeasureSize(effect.Get(), kFrameCounts[s], &figures.medianUs[s], &figures.p99Us[s]);
+            MeasureSize(effect, kFrameCounts[s], &figures.medianUs[s], &figures.p99Us[s]);
         if (figures.measured)
-            wprintf(L"%-14ls Process %4u stereo float frames over %d calls: median %9.2f us, "
+            wprintf(L"%-22ls Process %4u stereo float frames over %d calls: median %9.2f us, "
                     L"p99 %9.2f us\n",
                     label, kFrameCounts[s], kCalls, figures.medianUs[s], figures.p99Us[s]);
         else
-            wprintf(L"%-14ls Process %4u frames failed\n", label, kFrameCounts[s]);
+            wprintf(L"%-22ls Process %4u frames failed\n", label, kFrameCounts[s]);
     }
     effect->Suspend(1);
-    effect.Reset();
-    ReleaseVstFactory(location, factory.Detach());
     return figures;
 }
 

@@ -1,12 +1,8 @@
 // bench_rpc: round trip of one effect call in process and through a server process.
 #include "benchsupport.h"
-#include "comptr.h"
-#include "vstclient.h"
 
 #include <objbase.h>
-#include <shlwapi.h>
 
-#include <algorithm>
 #include <cstdio>
 #include <string>
 #include <vector>
@@ -14,7 +10,6 @@
 namespace {
 
 using tqbench::BenchFolder;
-using tqbench::Percentile;
 
 constexpr int kWarmUp = 200;
 constexpr int kCalls = 3000;
@@ -29,45 +24,17 @@ struct Figures
 Figures Measure(int location, const std::wstring& plugin, const wchar_t* label)
 {
     Figures figures;
-    tq::ComPtr<ITqVstEffectFactory> factory;
-    HRESULT hr = GetVstFactory(location, IID_ITqVstEffectFactory, factory.PutVoid(), L"tqvst",
-                               L"bench_rpc", nullptr, nullptr);
-    if (FAILED(hr))
-    {
-        wprintf(L"%-22ls not measured: factory 0x%08X\n", label, static_cast<unsigned>(hr));
-        return figures;
-    }
-    tq::ComPtr<ITqVstEffect> effect;
-    hr = factory->CreateEffect(plugin.c_str(), 0, IID_ITqVstEffect, effect.PutVoid());
-    if (FAILED(hr))
-    {
-        wprintf(L"%-22ls not measured: effect 0x%08X\n", label, static_cast<unsigned>(hr));
-        ReleaseVstFactory(location, factory.Detach());
-        return figures;
-    }
-
-    LARGE_INTEGER frequency, start, end;
-    QueryPerformanceFrequency(&frequency);
-    std::vector<double> samples;
-    samples.reserve(kCalls);
+    const tqbench::BenchEffect effect(location, plugin, label, L"bench_rpc");
+    if (!effect.Get()) return figures;
     float value = 0;
-    for (int i = 0; i < kWarmUp; ++i)
-        effect->GetParameter(0, &value);
-    for (int i = 0; i < kCalls; ++i)
-    {
-        QueryPerformanceCounter(&start);
-        effect->GetParameter(0, &value);
-        QueryPerformanceCounter(&end);
-        samples.push_back(static_cast<double>(end.QuadPart - start.QuadPart) * 1e6 /
-                          static_cast<double>(frequency.QuadPart));
-    }
-    figures.measured = true;
-    figures.medianUs = Percentile(samples, 0.5);
-    figures.p99Us = Percentile(samples, 0.99);
-    wprintf(L"%-22ls GetParameter round trip over %d calls: median %9.2f us, p99 %9.2f us\n", label,
-            kCalls, figures.medianUs, figures.p99Us);
-    effect.Reset();
-    ReleaseVstFactory(location, factory.Detach());
+    figures.measured = tqbench::TimeCalls(
+        kWarmUp, kCalls, [&] { return effect.Get()->GetParameter(0, &value); }, &figures.medianUs,
+        &figures.p99Us);
+    if (figures.measured)
+        wprintf(L"%-22ls GetParameter round trip over %d calls: median %9.2f us, p99 %9.2f us\n",
+                label, kCalls, figures.medianUs, figures.p99Us);
+    else
+        wprintf(L"%-22ls GetParameter failed\n", label);
     return figures;
 }
 
