@@ -133,6 +133,29 @@ private:
     size_t m_size = 0;
 };
 
+// Saves a chunk file: the plug-in's chunk behind a header that fill() completes for the total
+// and chunk sizes and swaps to file order. Without a stream only the size is reported.
+template <class Header, class Fill>
+HRESULT SaveChunkFile(CTqVstEffect& effect, int32_t index, IStream* stream, UINT32* bytes,
+                      Fill fill)
+{
+    PluginChunk chunk;
+    if (HRESULT hr = chunk.Get(effect, index); FAILED(hr)) return hr;
+    const size_t total = sizeof(Header) + chunk.Size();
+    if (!stream)
+    {
+        if (bytes) *bytes = static_cast<UINT32>(total);
+        return S_OK;
+    }
+    Header head = {};
+    fill(head, total, chunk.Size());
+    UINT32 written = 0;
+    HRESULT hr = WriteAll(stream, &head, sizeof(head), &written);
+    if (SUCCEEDED(hr)) hr = chunk.Write(stream, &written);
+    if (bytes) *bytes = written;
+    return hr;
+}
+
 // Reads a chunk of the size the file gives and hands it to the plug-in.
 HRESULT ReadChunkIntoPlugin(CTqVstEffect& effect, IStream* stream, int32_t chunkSize, int32_t index)
 {
@@ -160,30 +183,20 @@ HRESULT STDMETHODCALLTYPE CTqVstEffect::SavePreset(IStream* stream, UINT32* byte
     // The plug-in's answer is the name, empty or not: the buffer is cleared before it is asked.
     WCHAR name[kNameChars] = {};
     DispatchGetText(vst2::effGetProgramName, 0, name, kNameChars);
-    UINT32 written = 0;
 
     if (effect->flags & vst2::effFlagsProgramChunks)
     {
-        PluginChunk chunk;
-        if (HRESULT hr = chunk.Get(*this, 1); FAILED(hr)) return hr;
-        const size_t total = sizeof(ProgramChunkHeader) + chunk.Size();
-        if (!stream)
-        {
-            if (bytes) *bytes = static_cast<UINT32>(total);
-            return S_OK;
-        }
-        ProgramChunkHeader head = {};
-        FillCommonHeader(&head.program.common, kProgramChunkMagic, total, *effect);
-        head.program.numParams = effect->numParams;
-        WideToProgramName(name, head.program.prgName);
-        head.chunkSize = static_cast<int32_t>(chunk.Size());
-        SwapProgramHeader(&head);
-        HRESULT hr = WriteAll(stream, &head, sizeof(head), &written);
-        if (SUCCEEDED(hr)) hr = chunk.Write(stream, &written);
-        if (bytes) *bytes = written;
-        return hr;
+        return SaveChunkFile<ProgramChunkHeader>(
+            *this, 1, stream, bytes, [&](ProgramChunkHeader& head, size_t total, size_t chunk) {
+                FillCommonHeader(&head.program.common, kProgramChunkMagic, total, *effect);
+                head.program.numParams = effect->numParams;
+                WideToProgramName(name, head.program.prgName);
+                head.chunkSize = static_cast<int32_t>(chunk);
+                SwapProgramHeader(&head);
+            });
     }
 
+    UINT32 written = 0;
     const int32_t count = ParameterCount(*effect);
     const size_t total = ProgramBytes(count);
     if (!stream)
@@ -266,24 +279,13 @@ HRESULT STDMETHODCALLTYPE CTqVstEffect::SaveBank(IStream* stream, UINT32* bytes)
 
     if (effect->flags & vst2::effFlagsProgramChunks)
     {
-        PluginChunk chunk;
-        if (HRESULT hr = chunk.Get(*this, 0); FAILED(hr)) return hr;
-        const size_t total = sizeof(BankChunkHeader) + chunk.Size();
-        if (!stream)
-        {
-            if (bytes) *bytes = static_cast<UINT32>(total);
-            return S_OK;
-        }
-        BankChunkHeader head = {};
-        FillCommonHeader(&head.bank.common, kBankChunkMagic, total, *effect);
-        head.bank.numPrograms = effect->numPrograms;
-        head.chunkSize = static_cast<int32_t>(chunk.Size());
-        SwapBankChunkHeader(&head);
-        UINT32 written = 0;
-        HRESULT hr = WriteAll(stream, &head, sizeof(head), &written);
-        if (SUCCEEDED(hr)) hr = chunk.Write(stream, &written);
-        if (bytes) *bytes = written;
-        return hr;
+        return SaveChunkFile<BankChunkHeader>(
+            *this, 0, stream, bytes, [&](BankChunkHeader& head, size_t total, size_t chunk) {
+                FillCommonHeader(&head.bank.common, kBankChunkMagic, total, *effect);
+                head.bank.numPrograms = effect->numPrograms;
+                head.chunkSize = static_cast<int32_t>(chunk);
+                SwapBankChunkHeader(&head);
+            });
     }
 
     // The bank's size is known only once every program is written, so the stream must seek.
