@@ -71,16 +71,19 @@ bool PresetFile::readChunkList()
     if (!streamer.seek(listOffset, IBStream::kIBSeekSet) || !streamer.readRaw(id, sizeof id) ||
         !sameId(id, getChunkID(kChunkList)) || !streamer.readInt32(count))
         return false;
+    // Entries past the first 128 are never looked at. A list cut short is a cut file: it is
+    // refused rather than read as a file without the missing chunks.
     if (count > kMaxEntries) count = kMaxEntries;
+    if (count <= 0) return false;
     for (int32 i = 0; i < count; ++i)
     {
-        Entry& entry = m_entries[m_entryCount];
+        Entry& entry = m_entries[i];
         if (!streamer.readRaw(entry.id, sizeof entry.id) || !streamer.readInt64(entry.offset) ||
             !streamer.readInt64(entry.size))
-            break;
-        ++m_entryCount;
+            return false;
     }
-    return m_entryCount > 0;
+    m_entryCount = count;
+    return true;
 }
 
 IBStream* PresetFile::openChunk(ChunkType which)

@@ -58,7 +58,7 @@ public:
     explicit PresetFile(IBStream* stream) : m_stream(stream) {}
 
     // Reads the header and the list. Entries whose range lies outside the stream are kept but
-    // never read.
+    // never read; a list with fewer entries than it announces fails.
     bool readChunkList();
     const FUID& getClassID() const { return m_classId; }
     bool hasValidClassID() const { return m_classIdValid; }
