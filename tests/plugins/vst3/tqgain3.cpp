@@ -68,15 +68,6 @@ struct GainState
     }
 };
 
-template <class Interface, class Self>
-bool answer(Self* self, const TUID iid, void** obj, Interface* as)
-{
-    if (!iidEqual(iid, Interface::iid)) return false;
-    *obj = as;
-    self->addRef();
-    return true;
-}
-
 class Processor final : public IComponent, public IAudioProcessor, public IConnectionPoint
 {
 public:
@@ -85,11 +76,11 @@ public:
         if (!obj) return kInvalidArgument;
         *obj = nullptr;
         IComponent* component = this;
-        if (answer<FUnknown>(this, iid, obj, component) ||
-            answer<IPluginBase>(this, iid, obj, component) ||
-            answer<IComponent>(this, iid, obj, component) ||
-            answer<IAudioProcessor>(this, iid, obj, this) ||
-            answer<IConnectionPoint>(this, iid, obj, this))
+        if (vst3plugin::answer<FUnknown>(this, iid, obj, component) ||
+            vst3plugin::answer<IPluginBase>(this, iid, obj, component) ||
+            vst3plugin::answer<IComponent>(this, iid, obj, component) ||
+            vst3plugin::answer<IAudioProcessor>(this, iid, obj, this) ||
+            vst3plugin::answer<IConnectionPoint>(this, iid, obj, this))
             return kResultOk;
         return kNoInterface;
     }
@@ -281,11 +272,11 @@ public:
         if (!obj) return kInvalidArgument;
         *obj = nullptr;
         IEditController* controller = this;
-        if (answer<FUnknown>(this, iid, obj, controller) ||
-            answer<IPluginBase>(this, iid, obj, controller) ||
-            answer<IEditController>(this, iid, obj, controller) ||
-            answer<IConnectionPoint>(this, iid, obj, this) ||
-            answer<IUnitInfo>(this, iid, obj, this))
+        if (vst3plugin::answer<FUnknown>(this, iid, obj, controller) ||
+            vst3plugin::answer<IPluginBase>(this, iid, obj, controller) ||
+            vst3plugin::answer<IEditController>(this, iid, obj, controller) ||
+            vst3plugin::answer<IConnectionPoint>(this, iid, obj, this) ||
+            vst3plugin::answer<IUnitInfo>(this, iid, obj, this))
             return kResultOk;
         return kNoInterface;
     }

@@ -44,6 +44,16 @@ inline PClassInfo2 classInfo(const FUID& cid, const char* category, const char* 
     return info;
 }
 
+// One step of a queryInterface over several interfaces: hands out `as` if the id is Interface's.
+template <class Interface, class Self>
+bool answer(Self* self, const TUID iid, void** obj, Interface* as)
+{
+    if (!iidEqual(iid, Interface::iid)) return false;
+    *obj = as;
+    self->addRef();
+    return true;
+}
+
 struct ClassEntry
 {
     PClassInfo2 info;

@@ -248,3 +248,33 @@ TEST_F(GainModule, APresetRestoresAFreshPairAndIsRefusedByAnotherClass)
     EXPECT_EQ(0.125, gain);
     endPair(component, controller);
 }
+
+TEST(SingleObjectModule, TheComponentIsItsOwnControllerAndCountsItsInitialisation)
+{
+    HMODULE module = LoadLibraryW(tqtest::PluginPath(L"single_object.vst3").c_str());
+    ASSERT_NE(nullptr, module);
+    IPluginFactory* factory = procAddress<GetFactoryProc>(module, "GetPluginFactory")();
+    ASSERT_NE(nullptr, factory);
+    PClassInfo info{};
+    ASSERT_EQ(kResultOk, factory->getClassInfo(0, &info));
+    IComponent* component = nullptr;
+    ASSERT_EQ(kResultOk, factory->createInstance(info.cid, IComponent::iid,
+                                                 reinterpret_cast<void**>(&component)));
+    auto* controller = query<IEditController>(component);
+    ASSERT_NE(nullptr, controller);
+    auto* identityOfComponent = query<FUnknown>(component);
+    auto* identityOfController = query<FUnknown>(controller);
+    EXPECT_EQ(identityOfComponent, identityOfController);
+    identityOfComponent->release();
+    identityOfController->release();
+
+    TestHost host;
+    component->initialize(&host);
+    EXPECT_EQ(0.1, controller->getParamNormalized(1));
+    component->terminate();
+    EXPECT_EQ(0.1, controller->getParamNormalized(2));
+    controller->release();
+    component->release();
+    factory->release();
+    FreeLibrary(module);
+}
