@@ -1,0 +1,240 @@
+// A plug-in whose component is its own controller: one object answers IComponent,
+// IAudioProcessor and IEditController, so a host must initialise and terminate it once only.
+// It counts those calls and reports them as read-only parameters.
+#include "hosting/streamer.h"
+#include "pluginterfaces/vst/ivstaudioprocessor.h"
+#include "pluginterfaces/vst/ivsteditcontroller.h"
+#include "pluginterfaces/vst/vstspeaker.h"
+#include "vst3plugin.h"
+
+#include <new>
+
+using namespace vst3;
+
+namespace {
+
+const FUID kClassId(0x51A6E0B2, 0x3C7D4F10, 0x8E21A9D4, 0x6B0C5F37);
+
+enum : ParamID
+{
+    kGainId,
+    kInitializeCountId,
+    kTerminateCountId,
+    kParameterCount
+};
+
+class SingleObject final : public IComponent, public IAudioProcessor, public IEditController
+{
+public:
+    tresult PLUGIN_API queryInterface(const TUID iid, void** obj) override
+    {
+        if (!obj) return kInvalidArgument;
+        *obj = nullptr;
+        IComponent* component = this;
+        if (vst3plugin::answer<FUnknown>(this, iid, obj, component) ||
+            vst3plugin::answer<IPluginBase>(this, iid, obj, component) ||
+            vst3plugin::answer<IComponent>(this, iid, obj, component) ||
+            vst3plugin::answer<IAudioProcessor>(this, iid, obj, this) ||
+            vst3plugin::answer<IEditController>(this, iid, obj, this))
+            return kResultOk;
+        return kNoInterface;
+    }
+    uint32 PLUGIN_API addRef() override { return ++m_refs; }
+    uint32 PLUGIN_API release() override
+    {
+        const uint32 left = --m_refs;
+        if (left == 0) delete this;
+        return left;
+    }
+
+    tresult PLUGIN_API initialize(FUnknown*) override
+    {
+        ++m_initializeCount;
+        return kResultOk;
+    }
+    tresult PLUGIN_API terminate() override
+    {
+        ++m_terminateCount;
+        return kResultOk;
+    }
+
+    // IComponent
+    tresult PLUGIN_API getControllerClassId(TUID) override { return kNotImplemented; }
+    tresult PLUGIN_API setIoMode(IoMode) override { return kResultOk; }
+    int32 PLUGIN_API getBusCount(MediaType type, BusDirection) override
+    {
+        return type == kAudio ? 1 : 0;
+    }
+    tresult PLUGIN_API getBusInfo(MediaType type, BusDirection dir, int32 index,
+                                  BusInfo& bus) override
+    {
+        if (type != kAudio || index != 0) return kInvalidArgument;
+        bus = {};
+        bus.mediaType = kAudio;
+        bus.direction = dir;
+        bus.channelCount = 2;
+        vst3plugin::putText(bus.name, u"Stereo");
+        bus.busType = kMain;
+        bus.flags = BusInfo::kDefaultActive;
+        return kResultOk;
+    }
+    tresult PLUGIN_API getRoutingInfo(RoutingInfo&, RoutingInfo&) override
+    {
+        return kNotImplemented;
+    }
+    tresult PLUGIN_API activateBus(MediaType type, BusDirection, int32 index, TBool) override
+    {
+        return type == kAudio && index == 0 ? kResultOk : kInvalidArgument;
+    }
+    tresult PLUGIN_API setActive(TBool) override { return kResultOk; }
+    tresult PLUGIN_API setState(IBStream* stream) override
+    {
+        return IBStreamer(stream).readDouble(m_gain) ? kResultOk : kResultFalse;
+    }
+    tresult PLUGIN_API getState(IBStream* stream) override
+    {
+        return IBStreamer(stream).writeDouble(m_gain) ? kResultOk : kResultFalse;
+    }
+
+    // IAudioProcessor
+    tresult PLUGIN_API setBusArrangements(SpeakerArrangement* inputs, int32 numIns,
+                                          SpeakerArrangement* outputs, int32 numOuts) override
+    {
+        return numIns == 1 && numOuts == 1 && inputs[0] == SpeakerArr::kStereo &&
+                       outputs[0] == SpeakerArr::kStereo
+                   ? kResultOk
+                   : kResultFalse;
+    }
+    tresult PLUGIN_API getBusArrangement(BusDirection, int32 index,
+                                         SpeakerArrangement& arr) override
+    {
+        if (index != 0) return kInvalidArgument;
+        arr = SpeakerArr::kStereo;
+        return kResultOk;
+    }
+    tresult PLUGIN_API canProcessSampleSize(int32 size) override
+    {
+        return size == kSample32 ? kResultOk : kResultFalse;
+    }
+    uint32 PLUGIN_API getLatencySamples() override { return 0; }
+    tresult PLUGIN_API setupProcessing(ProcessSetup&) override { return kResultOk; }
+    tresult PLUGIN_API setProcessing(TBool) override { return kResultOk; }
+    tresult PLUGIN_API process(ProcessData& data) override
+    {
+        if (IParameterChanges* changes = data.inputParameterChanges)
+        {
+            for (int32 i = 0; i < changes->getParameterCount(); ++i)
+            {
+                IParamValueQueue* queue = changes->getParameterData(i);
+                int32 offset = 0;
+                ParamValue value = 0;
+                if (queue && queue->getParameterId() == kGainId &&
+                    queue->getPoint(queue->getPointCount() - 1, offset, value) == kResultOk)
+                    m_gain = value;
+            }
+        }
+        if (data.numInputs < 1 || data.numOutputs < 1) return kResultOk;
+        const float gain = static_cast<float>(2.0 * m_gain);
+        for (int32 c = 0; c < 2; ++c)
+        {
+            const float* in = data.inputs[0].channelBuffers32[c];
+            float* out = data.outputs[0].channelBuffers32[c];
+            for (int32 i = 0; in && out && i < data.numSamples; ++i)
+                out[i] = in[i] * gain;
+        }
+        return kResultOk;
+    }
+    uint32 PLUGIN_API getTailSamples() override { return kNoTail; }
+
+    // IEditController. setState and getState above serve both interfaces: one object, one state.
+    tresult PLUGIN_API setComponentState(IBStream*) override { return kResultOk; }
+    int32 PLUGIN_API getParameterCount() override { return static_cast<int32>(kParameterCount); }
+    tresult PLUGIN_API getParameterInfo(int32 index, ParameterInfo& info) override
+    {
+        if (index < 0 || index >= static_cast<int32>(kParameterCount)) return kInvalidArgument;
+        info = {};
+        info.id = static_cast<ParamID>(index);
+        static const char16_t* const titles[] = {u"Gain", u"Initialized", u"Terminated"};
+        vst3plugin::putText(info.title, titles[index]);
+        info.flags = index == kGainId ? ParameterInfo::kCanAutomate : ParameterInfo::kIsReadOnly;
+        info.stepCount = index == kGainId ? 0 : 10;
+        return kResultOk;
+    }
+    tresult PLUGIN_API getParamStringByValue(ParamID, ParamValue, String128 string) override
+    {
+        string[0] = 0;
+        return kResultOk;
+    }
+    tresult PLUGIN_API getParamValueByString(ParamID, TChar*, ParamValue&) override
+    {
+        return kNotImplemented;
+    }
+    ParamValue PLUGIN_API normalizedParamToPlain(ParamID, ParamValue value) override
+    {
+        return value;
+    }
+    ParamValue PLUGIN_API plainParamToNormalized(ParamID, ParamValue value) override
+    {
+        return value;
+    }
+    // The counts read as tenths, so one call is 0.1.
+    ParamValue PLUGIN_API getParamNormalized(ParamID id) override
+    {
+        switch (id)
+        {
+        case kGainId:
+            return m_gain;
+        case kInitializeCountId:
+            return m_initializeCount / 10.0;
+        case kTerminateCountId:
+            return m_terminateCount / 10.0;
+        }
+        return 0.0;
+    }
+    tresult PLUGIN_API setParamNormalized(ParamID id, ParamValue value) override
+    {
+        if (id != kGainId) return kResultFalse;
+        m_gain = value;
+        return kResultOk;
+    }
+    tresult PLUGIN_API setComponentHandler(IComponentHandler*) override { return kResultOk; }
+    IPlugView* PLUGIN_API createView(FIDString) override { return nullptr; }
+
+private:
+    ~SingleObject() = default;
+
+    std::atomic<uint32> m_refs{1};
+    double m_gain = 0.5;
+    int m_initializeCount = 0;
+    int m_terminateCount = 0;
+};
+
+FUnknown* createSingleObject()
+{
+    IComponent* object = new (std::nothrow) SingleObject();
+    return object;
+}
+
+const vst3plugin::ClassEntry kClasses[] = {
+    {vst3plugin::classInfo(kClassId, kVstAudioEffectClass, "Single Object", "Fx", "1.0.0"),
+     createSingleObject},
+};
+
+} // namespace
+
+IPluginFactory* PLUGIN_API GetPluginFactory()
+{
+    static vst3plugin::Factory factory("tqvst", kClasses, 1);
+    factory.addRef();
+    return &factory;
+}
+
+extern "C" __declspec(dllexport) bool InitDll()
+{
+    return true;
+}
+
+extern "C" __declspec(dllexport) bool ExitDll()
+{
+    return true;
+}
