@@ -63,6 +63,14 @@ const char* const kSample[] = {
     // error handler
     "TqErrorHandler_ComposeErrorText",
     "TqErrorHandler_DetailsAddString",
+    // paths and special folders
+    "TqAddSlashToPathName",
+    "TqReplaceExtensionOnPathName",
+    "TqIsMatchWildCard",
+    "TqGetFileNamePtrRelative",
+    "TqCreateTempFileAndNameEx",
+    "TqGetSpecialFolderVer",
+    "TqCalcPathEllipsisEx",
     // audio data
     "TqAudio_GetSampleType",
     "TqAudio_GetCopyFunction2",
