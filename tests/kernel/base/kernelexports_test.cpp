@@ -71,6 +71,10 @@ const char* const kSample[] = {
     "TqCreateTempFileAndNameEx",
     "TqGetSpecialFolderVer",
     "TqCalcPathEllipsisEx",
+    // settings store
+    "TqMetric_Open",
+    "TqGetMetricEx",
+    "TqSetMetricStream",
     // audio data
     "TqAudio_GetSampleType",
     "TqAudio_GetCopyFunction2",
