@@ -8,6 +8,8 @@
 #include <shellapi.h>
 #include <shlwapi.h>
 
+#include <climits>
+
 namespace tq::path {
 namespace {
 
@@ -190,7 +192,7 @@ TQKERNEL_API HRESULT TqCreateTempFileAndNameEx(const wchar_t* folder, const wcha
     if (Empty(folder) && Empty(prefix) && Empty(suffix)) return E_INVALIDARG;
     if (!numberFormat) numberFormat = L"%d";
     wchar_t previousNumber[40] = {};
-    for (int n = 1; n > 0; ++n)
+    for (int n = 1; n < INT_MAX; ++n)
     {
         wchar_t number[40];
         TqCchPrintF(number, 40, nullptr, numberFormat, n);
