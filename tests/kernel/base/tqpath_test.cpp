@@ -228,7 +228,7 @@ TEST(PathRelative, TailsStartAtWholeNames)
 
 TEST(PathRelative, BasePathThatDoesNotFitFails)
 {
-    wchar_t front[8];
+    wchar_t front[9];
     EXPECT_EQ(TqGetBasePathRelative(L"D:\\a\\b.wav", L"E:\\longer\\b.wav", front, 8), E_FAIL);
     EXPECT_EQ(TqGetBasePathRelative(L"D:\\a\\b.wav", L"E:\\long\\b.wav", front, 9), S_OK);
     EXPECT_STREQ(front, L"E:\\long\\");
