@@ -75,6 +75,10 @@ const char* const kSample[] = {
     "TqMetric_Open",
     "TqGetMetricEx",
     "TqSetMetricStream",
+    // the log, a class exported under its C++ names
+    "_ZN4CLog4InitEPKwmii",
+    "_ZN4CLog5WriteEmPKciPKwz",
+    "_ZN4CLog8ShutdownEv",
     // audio data
     "TqAudio_GetSampleType",
     "TqAudio_GetCopyFunction2",
