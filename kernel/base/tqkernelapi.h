@@ -10,6 +10,8 @@
 #else
 #define TQKERNEL_API __declspec(dllexport)
 #endif
+// The few kernel classes are exported whole, under their C++ names.
+#define TQKERNEL_CLASS __declspec(dllexport)
 
 // Codes the whole kernel uses; each has its text in the error handler's table.
 #define TQ_E_NOTFOUND ((HRESULT)0x8004E00AL)       // not found

@@ -59,6 +59,12 @@ struct ModuleTraits
     static HMODULE Invalid() noexcept { return nullptr; }
     static void Close(HMODULE h) noexcept { ::FreeLibrary(h); }
 };
+struct RegKeyTraits
+{
+    using Type = HKEY;
+    static HKEY Invalid() noexcept { return nullptr; }
+    static void Close(HKEY h) noexcept { ::RegCloseKey(h); }
+};
 } // namespace detail
 
 // A handle for which null means none (events, processes, threads).
@@ -66,5 +72,6 @@ using UniqueHandle = UniqueResource<detail::KernelHandleTraits>;
 // A file handle, for which INVALID_HANDLE_VALUE means none.
 using UniqueFile = UniqueResource<detail::FileHandleTraits>;
 using UniqueModule = UniqueResource<detail::ModuleTraits>;
+using UniqueRegKey = UniqueResource<detail::RegKeyTraits>;
 
 } // namespace tq

@@ -11,8 +11,6 @@ namespace vst2 {
 namespace {
 
 constexpr char kSource[] = "aplugins/tqvstwrap/tqvst2effect";
-constexpr int kLevelWarning = 2;
-constexpr int kLevelDebug = 4;
 
 // A result of exactly -1 is what a guard reports after a fault, so it is logged as one.
 void Emit(CLog* log, const wchar_t* line, int32_t result, int okLine, int faultLine)
@@ -22,10 +20,10 @@ void Emit(CLog* log, const wchar_t* line, int32_t result, int okLine, int faultL
         wchar_t fault[600];
         _snwprintf(fault, std::size(fault) - 1, L"EXCEPTION from %ls", line);
         fault[std::size(fault) - 1] = 0;
-        if (log) log->Write(kLevelWarning, kSource, faultLine, fault);
+        if (log) log->Write(TQLOG_WARNING, kSource, faultLine, L"%s", fault);
         return;
     }
-    if (log) log->Write(kLevelDebug, kSource, okLine, line);
+    if (log) log->Write(TQLOG_DEBUG, kSource, okLine, L"%s", line);
 }
 
 } // namespace

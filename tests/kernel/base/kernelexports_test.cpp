@@ -63,6 +63,22 @@ const char* const kSample[] = {
     // error handler
     "TqErrorHandler_ComposeErrorText",
     "TqErrorHandler_DetailsAddString",
+    // paths and special folders
+    "TqAddSlashToPathName",
+    "TqReplaceExtensionOnPathName",
+    "TqIsMatchWildCard",
+    "TqGetFileNamePtrRelative",
+    "TqCreateTempFileAndNameEx",
+    "TqGetSpecialFolderVer",
+    "TqCalcPathEllipsisEx",
+    // settings store
+    "TqMetric_Open",
+    "TqGetMetricEx",
+    "TqSetMetricStream",
+    // the log, a class exported under its C++ names
+    "_ZN4CLog4InitEPKwmii",
+    "_ZN4CLog5WriteEmPKciPKwz",
+    "_ZN4CLog8ShutdownEv",
     // audio data
     "TqAudio_GetSampleType",
     "TqAudio_GetCopyFunction2",

@@ -1,0 +1,2 @@
+# The settings store.
+target_sources(tqkernel PRIVATE ${CMAKE_CURRENT_LIST_DIR}/tqmetric.cpp)
