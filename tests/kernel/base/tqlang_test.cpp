@@ -272,6 +272,8 @@ protected:
     {
         RegDeleteTreeW(HKEY_CURRENT_USER, L"Software\\Ostrel\\TqLangTestProduct");
         RegDeleteTreeW(HKEY_CURRENT_USER, L"Software\\TqLangTestCompany");
+        // The company key goes too when the test made it; a key with sub-keys is left standing.
+        RegDeleteKeyW(HKEY_CURRENT_USER, L"Software\\Ostrel");
     }
     static bool ValueAt(const wchar_t* path, DWORD* value)
     {
