@@ -3,6 +3,7 @@
 #include "tqsmpte.h"
 
 #include "smpteformat.h"
+#include "tqnanotime.h"
 
 #include <math.h>
 
@@ -13,8 +14,6 @@ namespace {
 constexpr UINT32 kGridHour = 108000;
 constexpr UINT32 kGridMinute = 1800;
 constexpr UINT32 kGridTenMinutes = 18000;
-// The latest position nano-time holds.
-constexpr LONGLONG kLatestPosition = 0x2000000000000000LL;
 
 // The frames drop-frame has skipped before position c of the 30-frame grid.
 UINT32 DroppedBefore(UINT32 c)
@@ -118,7 +117,7 @@ TQKERNEL_API LONGLONG TQSMPTE_SmpteLikeToNanos(double frameRate, const _smpteval
         (static_cast<double>(value->hours) * 60 + value->minutes) * 60 + value->seconds;
     if (frameRate > 0) seconds += value->frames / frameRate;
     const double nanos = seconds * 1e7 + 0.5;
-    return nanos >= static_cast<double>(kLatestPosition) ? kLatestPosition
+    return nanos >= static_cast<double>(TQNANOTIME_MAX) ? TQNANOTIME_MAX
                                                         : static_cast<LONGLONG>(nanos);
 }
 
