@@ -78,7 +78,7 @@ public:
     int CopyTo(wchar_t* buffer, size_t capacity) const;
 
 private:
-    wchar_t m_text[TQNANOTIME_MAXCHARS] = {};
+    wchar_t m_text[TQNANOTIME_MAXCHARS];
     size_t m_length = 0;
     bool m_failed = false;
 };

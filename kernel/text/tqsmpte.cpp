@@ -105,8 +105,11 @@ TQKERNEL_API void TQSMPTE_NanoToSMPTE(LONGLONG nanos, _smpteval* value)
     const double day = format.DayFrames();
     // The frame a time falls in, also before zero.
     double count = floor(static_cast<double>(nanos) * format.rate / 1e7 + 0.000005);
-    count = fmod(count, day);
-    if (count < 0) count += day;
+    if (count < 0 || count >= day)
+    {
+        count = fmod(count, day);
+        if (count < 0) count += day;
+    }
     TQSMPTE_FrameCountToSMPTE(value, static_cast<UINT32>(count));
 }
 

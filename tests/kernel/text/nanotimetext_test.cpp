@@ -90,7 +90,7 @@ TEST_F(NanoTimeText, TimeRoundsToTheNearestMillisecondAndFrame)
     EXPECT_EQ(Text(TQPOSFMT_TIME, 36005001), L"00:00:03.601");
     // Just short of a second shows the next second.
     EXPECT_EQ(Text(TQPOSFMT_TIME, 9999999), L"00:00:01.000");
-    EXPECT_EQ(Text(TQPOSFMT_TIMEFRAMES, 9800000), L"00:00:01.00");
+    EXPECT_EQ(Text(TQPOSFMT_TIMEFRAMES, 9800001), L"00:00:01.00");
     EXPECT_EQ(Text(TQPOSFMT_TIMEFRAMES, 9799999), L"00:00:00.24");
     // Hours wrap at a day.
     EXPECT_EQ(Text(TQPOSFMT_TIME, 25 * 36000000000LL), L"01:00:00.000");

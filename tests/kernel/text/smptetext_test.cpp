@@ -63,23 +63,4 @@ TEST(SmpteText, HostileTextIsReadWithoutHarm)
     EXPECT_EQ(value.hours + value.minutes + value.seconds + value.frames, 0u);
 }
 
-// Every label of a format, printed plainly, reads back as itself.
-TEST(SmpteText, PrintedLabelsReadBack)
-{
-    for (UINT32 type = TQSMPTE_TYPE_FIRST; type <= TQSMPTE_TYPE_LAST; ++type)
-    {
-        _smpteval value = {type, 0, 0, 0, 0, 0};
-        for (UINT32 count = 0; count < 2000000; count += 997)
-        {
-            TQSMPTE_FrameCountToSMPTE(&value, count);
-            wchar_t text[32];
-            swprintf(text, 32, L"%02u:%02u:%02u:%02u", value.hours, value.minutes, value.seconds,
-                     value.frames);
-            _smpteval back = {type, 0, 0, 0, 0, 0};
-            TQSMPTE_TextToSMPTE(text, &back);
-            ASSERT_EQ(TQSMPTE_SMPTEToFrameCount(&back), count) << text;
-        }
-    }
-}
-
 } // namespace
