@@ -55,6 +55,14 @@ const char* const kSample[] = {
     "TqCchPrintF",
     "TqPrintF_AddToken",
     "TqLongToText",
+    // timecode, nano-time and music-time text
+    "TQSMPTE_FrameCountToSMPTE",
+    "TQSMPTE_TextToSMPTE",
+    "TQSMPTE_DeccrementByFrame",
+    "TqNanoTimeToText",
+    "TqNanoTimeToTextExN",
+    "TqTextToNanoTimeToken2",
+    "TqTicksToText",
     // language and string resources
     "TqLang_Open",
     "TqGetString",
