@@ -99,8 +99,6 @@ intptr_t UnboundAnswer(int32_t opcode)
     case vst2::audioMasterNeedIdle:
         g_needIdleDuringLoad = true;
         return 0;
-    case vst2::audioMasterUpdateDisplay:
-        return 1;
     default:
         return 0;
     }
