@@ -9,6 +9,7 @@
 #include "vstclient.h"
 
 #include <memory>
+#include <ostream>
 #include <string>
 
 namespace tqtest {
@@ -18,6 +19,12 @@ struct Place
     int location;
     const char* name;
 };
+
+// Names a place in test output.
+inline void PrintTo(const Place& place, std::ostream* out)
+{
+    *out << place.name;
+}
 
 inline constexpr Place kPlaces[] = {
     {kTqVstInProcess, "in process"},
