@@ -107,16 +107,15 @@ void MasterRelay::StartThread(ITqVstMaster* master)
     if (!m_answer) m_answer.Reset(CreateEventW(nullptr, FALSE, FALSE, nullptr));
     if (!m_idle) m_idle.Reset(CreateEventW(nullptr, TRUE, TRUE, nullptr));
     if (!m_request || !m_answer || !m_idle) return;
-    if (FAILED(CoMarshalInterThreadInterfaceInStream(IID_ITqVstMaster, master, &m_marshalled)))
+    if (FAILED(CoMarshalInterThreadInterfaceInStream(IID_ITqVstMaster, master, m_marshalled.Put())))
         return;
     m_quit = false;
     m_thread.Reset(CreateThread(nullptr, kRelayStackBytes, ThreadMain, this,
                                 STACK_SIZE_PARAM_IS_A_RESERVATION, nullptr));
     if (!m_thread)
     {
-        CoReleaseMarshalData(m_marshalled);
-        m_marshalled->Release();
-        m_marshalled = nullptr;
+        CoReleaseMarshalData(m_marshalled.Get());
+        m_marshalled.Reset();
         return;
     }
     ExclusiveLock state(m_stateLock);
@@ -151,13 +150,13 @@ void MasterRelay::Serve()
 {
     const HRESULT init = CoInitializeEx(nullptr, COINIT_MULTITHREADED);
     tq::ComPtr<ITqVstMaster> master;
-    IStream* marshalled = std::exchange(m_marshalled, nullptr);
     HRESULT reached = init;
-    // The stream is released even when unmarshalling fails.
+    // The call releases the stream even when unmarshalling fails.
     if (SUCCEEDED(init))
-        reached = CoGetInterfaceAndReleaseStream(marshalled, IID_ITqVstMaster, master.PutVoid());
+        reached = CoGetInterfaceAndReleaseStream(m_marshalled.Detach(), IID_ITqVstMaster,
+                                                 master.PutVoid());
     else
-        marshalled->Release();
+        m_marshalled.Reset();
     for (;;)
     {
         WaitForSingleObject(m_request.Get(), INFINITE);

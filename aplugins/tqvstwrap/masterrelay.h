@@ -70,10 +70,11 @@ private:
     bool m_closing = true;
     bool m_quit = false;
     tq::UniqueHandle m_thread;
-    tq::UniqueHandle m_request;      // auto-reset: a request or the quit order is ready
-    tq::UniqueHandle m_answer;       // auto-reset: the relay thread has answered
-    tq::UniqueHandle m_idle;         // manual-reset: no relayed call is in flight
-    IStream* m_marshalled = nullptr; // the master for the relay thread, which unmarshals it once
+    tq::UniqueHandle m_request; // auto-reset: a request or the quit order is ready
+    tq::UniqueHandle m_answer;  // auto-reset: the relay thread has answered
+    tq::UniqueHandle m_idle;    // manual-reset: no relayed call is in flight
+    // The master for the relay thread, which unmarshals it once.
+    tq::ComPtr<IStream> m_marshalled;
     Thunk m_thunk = nullptr;
     void* m_context = nullptr;
     HRESULT m_result = S_OK;
