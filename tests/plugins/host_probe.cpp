@@ -49,6 +49,7 @@ vst2::AEffect* VSTPluginMain(vst2::HostCallback host)
         answer = -1;
     g_answers[kEntryVersion] = Ask(nullptr, vst2::audioMasterVersion);
     g_answers[kEntryCurrentId] = Ask(nullptr, vst2::audioMasterCurrentId);
+    g_answers[kEntryUpdateDisplay] = Ask(nullptr, vst2::audioMasterUpdateDisplay);
     return new vst2::AEffect(testplugin::make_effect(dispatch, static_cast<int32_t>(kProbeId)));
 }
 

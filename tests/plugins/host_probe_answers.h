@@ -9,6 +9,7 @@ enum Answer
 {
     kEntryVersion,
     kEntryCurrentId,
+    kEntryUpdateDisplay,
     kOpenVersion,
     kOpenCurrentId,
     kOpenCanDoSizeWindow,

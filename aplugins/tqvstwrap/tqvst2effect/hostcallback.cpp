@@ -99,8 +99,6 @@ intptr_t UnboundAnswer(int32_t opcode)
     case vst2::audioMasterNeedIdle:
         g_needIdleDuringLoad = true;
         return 0;
-    case vst2::audioMasterUpdateDisplay:
-        return 1;
     default:
         return 0;
     }
@@ -135,32 +133,38 @@ intptr_t CTqVstEffect::OnHostCallback(int32_t opcode, int32_t index, intptr_t va
         switch (opcode)
         {
         case vst2::audioMasterAutomate:
-            if (m_master) m_master->Automate(static_cast<UINT32>(index), opt);
+            m_master.Call([&](ITqVstMaster* master) {
+                return master->Automate(static_cast<UINT32>(index), opt);
+            });
             break;
         case vst2::audioMasterCurrentId:
             answer = m_effect ? m_effect->uniqueID : 0;
             break;
         case vst2::audioMasterIdle:
-            if (m_master && !m_inIdle) m_master->Idle();
+            if (!m_inIdle) m_master.Call([](ITqVstMaster* master) { return master->Idle(); });
             Idle();
             break;
         case vst2::audioMasterGetTime:
             answer = HostGetTime(static_cast<int32_t>(value));
             break;
         case vst2::audioMasterTempoAt:
-            if (m_master)
-            {
-                INT32 tempo = 0;
-                m_master->GetTempoAt(static_cast<UINT32>(value), &tempo);
-                answer = tempo;
-            }
+        {
+            INT32 tempo = 0;
+            m_master.Call([&](ITqVstMaster* master) {
+                return master->GetTempoAt(static_cast<UINT32>(value), &tempo);
+            });
+            answer = tempo;
             break;
+        }
         case vst2::audioMasterNeedIdle:
             m_state |= kStateNeedsIdle;
             break;
         case vst2::audioMasterSizeWindow:
-            if (m_master && (m_state & kStateEditorOpen))
-                m_master->SizeWindow(static_cast<UINT32>(index), static_cast<UINT32>(value));
+            if (m_state & kStateEditorOpen)
+                m_master.Call([&](ITqVstMaster* master) {
+                    return master->SizeWindow(static_cast<UINT32>(index),
+                                              static_cast<UINT32>(value));
+                });
             break;
         case vst2::audioMasterGetSampleRate:
             answer = static_cast<intptr_t>(m_sampleRate);
@@ -172,14 +176,17 @@ intptr_t CTqVstEffect::OnHostCallback(int32_t opcode, int32_t index, intptr_t va
             answer = HostGetDirectory();
             break;
         case vst2::audioMasterUpdateDisplay:
-            if (m_master) m_master->UpdateDisplay();
+            m_master.Call([](ITqVstMaster* master) { return master->UpdateDisplay(); });
             answer = 1;
             break;
         case vst2::audioMasterBeginEdit:
-            if (m_master) m_master->BeginEdit(static_cast<UINT32>(index));
+            m_master.Call([&](ITqVstMaster* master) {
+                return master->BeginEdit(static_cast<UINT32>(index));
+            });
             break;
         case vst2::audioMasterEndEdit:
-            if (m_master) m_master->EndEdit(static_cast<UINT32>(index));
+            m_master.Call(
+                [&](ITqVstMaster* master) { return master->EndEdit(static_cast<UINT32>(index)); });
             break;
         default:
             break;
@@ -191,9 +198,9 @@ intptr_t CTqVstEffect::OnHostCallback(int32_t opcode, int32_t index, intptr_t va
 
 intptr_t CTqVstEffect::HostGetTime(int32_t mask)
 {
-    if (!m_master) return 0;
     TqVstMasterTime time = {};
-    if (m_master->GetTime(&time) != S_OK) return 0;
+    if (m_master.Call([&](ITqVstMaster* master) { return master->GetTime(&time); }) != S_OK)
+        return 0;
     m_timeInfo = {};
     m_timeInfo.samplePos = time.samplePos;
     m_timeInfo.sampleRate = static_cast<double>(m_sampleRate);

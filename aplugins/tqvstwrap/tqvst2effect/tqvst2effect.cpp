@@ -142,7 +142,7 @@ void CTqVstEffect::UnloadPlugin2()
             Dispatch(vst2::effClose, 0, 0, nullptr, 0.0f);
             m_effect = nullptr;
         }
-        m_master.Reset();
+        m_master.Reset(nullptr);
         m_module.Reset();
         m_inputs.Free();
         m_outputs.Free();

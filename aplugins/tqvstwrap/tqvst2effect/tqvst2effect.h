@@ -4,7 +4,7 @@
 #include "aeffect.h"
 #include "channelblock.h"
 #include "clog.h"
-#include "comptr.h"
+#include "masterrelay.h"
 #include "tqsamplecopy.h"
 #include "tqvst.h"
 #include "uniquehandle.h"
@@ -115,7 +115,8 @@ private:
     wchar_t m_path[MAX_PATH] = {};
     tq::UniqueModule m_module;
     vst2::AEffect* m_effect = nullptr;
-    tq::ComPtr<ITqVstMaster> m_master;
+    // The host's master; plug-ins call back on threads of their own as well.
+    tqvst::MasterRelay m_master;
     uint32_t m_state = 0;
     float m_sampleRate = 0.0f;
     int32_t m_blockSize = 0;

@@ -142,9 +142,7 @@ HRESULT STDMETHODCALLTYPE CTqVstEffect::GetNextShellPlugin(UINT32* id, WCHAR* na
 
 HRESULT STDMETHODCALLTYPE CTqVstEffect::SetMaster(IUnknown* master)
 {
-    m_master.Reset();
-    if (!master) return S_FALSE;
-    return master->QueryInterface(IID_ITqVstMaster, m_master.PutVoid());
+    return m_master.Reset(master);
 }
 
 HRESULT STDMETHODCALLTYPE CTqVstEffect::SetSampleRate(double rate)

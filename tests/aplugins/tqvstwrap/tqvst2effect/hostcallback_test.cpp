@@ -55,6 +55,8 @@ TEST_F(HostCallback, AnswersWithAndWithoutBoundRecord)
     const Probe probe = Run(L"tqvst", 0);
     EXPECT_EQ(probe.answers[kEntryVersion], 2300);
     EXPECT_EQ(probe.answers[kEntryCurrentId], 0) << "nothing requested: a scan";
+    EXPECT_EQ(probe.answers[kEntryUpdateDisplay], 0)
+        << "nothing to redraw before the record is bound";
     EXPECT_EQ(probe.answers[kOpenVersion], 2300);
     EXPECT_EQ(probe.answers[kOpenCurrentId], kProbeId) << "bound: the record's own id";
     EXPECT_EQ(probe.answers[kOpenCanDoSizeWindow], 1);
