@@ -55,11 +55,13 @@ TEST_P(ServerStart, BackToBackStartsAllReachTheirServer)
         const DWORD start = GetTickCount();
         const HRESULT hr = GetVstFactory(GetParam(), IID_ITqVstEffectFactory, factory.PutVoid(),
                                          L"tqvst", L"tests", &pid, nullptr);
-        startMs.push_back(GetTickCount() - start);
+        const DWORD elapsed = GetTickCount() - start;
+        startMs.push_back(elapsed);
         if (FAILED(hr))
         {
             ++failures;
-            ADD_FAILURE() << "start " << i << " failed: 0x" << std::hex << hr;
+            ADD_FAILURE() << "start " << i << " failed after " << elapsed << " ms: 0x" << std::hex
+                          << hr;
             continue;
         }
         ServerProcess server(pid);
