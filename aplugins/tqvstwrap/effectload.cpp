@@ -17,7 +17,6 @@ namespace {
 // Files that look like plug-ins to a folder scan but must never be loaded.
 constexpr const wchar_t* kExcludedFiles[] = {L"wnaspi32.dll"};
 
-constexpr UINT32 kFactCapacity = 64;
 constexpr HRESULT kWrongMachineType = HRESULT_FROM_WIN32(ERROR_BAD_EXE_FORMAT);
 static_assert(kWrongMachineType == static_cast<HRESULT>(0x800700C1));
 
@@ -70,9 +69,14 @@ HRESULT GetEffectInfoForFile(const WCHAR* path, UINT32 uniqueId, WCHAR* name, WC
     if (info) *info = {};
     if (!path) return E_INVALIDARG;
     if (IsExcluded(path)) return E_INVALIDARG;
+    // A timed call loads on the worker, which can be abandoned when the plug-in hangs. Its block
+    // is its own: the wait lets other calls in, and none of them may redirect its answers.
+    if (timeoutMs != 0 && timeoutMs != INFINITE)
+    {
+        EffectLoadRequest request = {S_OK, uniqueId, path, name, vendor, product, info};
+        return RunOnLoadWorker(request, timeoutMs);
+    }
     g_loadRequest = {S_OK, uniqueId, path, name, vendor, product, info};
-    // A timed call loads on the worker, which can be abandoned when the plug-in hangs.
-    if (timeoutMs != 0 && timeoutMs != INFINITE) return RunOnLoadWorker(g_loadRequest, timeoutMs);
     ErrorReport_StartTrapBypass();
     ReadEffectFacts(g_loadRequest);
     ErrorReport_EndTrapBypass();

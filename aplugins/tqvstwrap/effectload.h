@@ -5,6 +5,9 @@
 
 namespace tqvst {
 
+// Characters in each of the name, vendor and product buffers a load fills.
+constexpr UINT32 kFactCapacity = 64;
+
 // One load with its fact buffers. A single process-wide block: loads come one at a time.
 struct EffectLoadRequest
 {

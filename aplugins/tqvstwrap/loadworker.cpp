@@ -8,6 +8,9 @@
 #include <objbase.h>
 #include <process.h>
 
+#include <new>
+#include <utility>
+
 extern "C" {
 // loadworker_<arch>.S. Entered, never called, in place of a hung thread's next instruction, with
 // that instruction's address pushed as if it had called here: raises the abort exception.
@@ -67,11 +70,66 @@ private:
     CRITICAL_SECTION& m_lock;
 };
 
-// How long a thread asked to quit may take before it is hijacked. Half a second, so that a caller
-// whose load is abandoned has control back within a second of its timeout.
-constexpr DWORD kQuitGraceMs = 500;
+// How long a thread asked to quit may take before it is hijacked, and how long the hijack may take
+// before the thread is abandoned: together well inside the second that a caller whose load is
+// given up may wait past its timeout.
+constexpr DWORD kQuitGraceMs = 100;
+constexpr DWORD kAbortGraceMs = 300;
+
+void ReleaseState(TqWorkerState* state)
+{
+    if (InterlockedDecrement(&state->references) == 0) delete state;
+}
+
+// Gives the worker its own copy of the request; false when the path cannot be copied.
+bool CopyIn(TqWorkRecord& record, const EffectLoadRequest& request)
+{
+    record.path.reset();
+    if (request.path)
+    {
+        const size_t count = lstrlenW(request.path) + size_t{1};
+        record.path.reset(new (std::nothrow) WCHAR[count]);
+        if (!record.path) return false;
+        CopyMemory(record.path.get(), request.path, count * sizeof(WCHAR));
+    }
+    ZeroMemory(record.name, sizeof(record.name));
+    ZeroMemory(record.vendor, sizeof(record.vendor));
+    ZeroMemory(record.product, sizeof(record.product));
+    record.info = {};
+    // A buffer the caller left out stays left out, so the load answers as it would in place.
+    record.load = {S_OK,
+                   request.uniqueId,
+                   record.path.get(),
+                   request.name ? record.name : nullptr,
+                   request.vendor ? record.vendor : nullptr,
+                   request.product ? record.product : nullptr,
+                   request.info ? &record.info : nullptr};
+    record.request = &record.load;
+    return true;
+}
+
+void CopyOut(const TqWorkRecord& record, EffectLoadRequest& request)
+{
+    request.result = record.load.result;
+    if (request.name) CopyMemory(request.name, record.name, sizeof(record.name));
+    if (request.vendor) CopyMemory(request.vendor, record.vendor, sizeof(record.vendor));
+    if (request.product) CopyMemory(request.product, record.product, sizeof(record.product));
+    if (request.info) *request.info = record.info;
+}
 
 } // namespace
+
+TqWorkerState::~TqWorkerState()
+{
+    for (tTQQHEAD* queue : {&requests, &freeRecords})
+    {
+        if (!queue->event) continue;
+        while (TqQueueRemove(queue, 0))
+        {
+        }
+        TqQueueDelete(queue);
+    }
+}
 
 TqWorkerThread::TqWorkerThread()
 {
@@ -81,20 +139,26 @@ TqWorkerThread::TqWorkerThread()
 TqWorkerThread::~TqWorkerThread()
 {
     Shutdown(false);
-    StopThread(0);
     DeleteCriticalSection(&m_lock);
 }
 
 HRESULT TqWorkerThread::Start()
 {
-    if (m_thread) return S_FALSE;
-    m_stopEvent.Reset(CreateEventW(nullptr, FALSE, FALSE, nullptr));
-    if (!TqQueueInitialize(&m_freeRecords) || !TqQueueInitialize(&m_requests) || !m_stopEvent)
+    if (m_thread && !ThreadEnded()) return S_FALSE;
+    // A thread that ended by itself (a plug-in can end the thread that loads it) leaves a worker
+    // that cannot serve: it is built anew.
+    Shutdown(false);
+    m_state = new (std::nothrow) TqWorkerState;
+    if (!m_state) return TQVST_E_THREAD;
+    TqWorkerState& state = *m_state;
+    state.stopEvent.Reset(CreateEventW(nullptr, FALSE, FALSE, nullptr));
+    if (!TqQueueInitialize(&state.freeRecords) || !TqQueueInitialize(&state.requests) ||
+        !state.stopEvent)
     {
         Shutdown(false);
         return TQVST_E_THREAD;
     }
-    for (TqWorkRecord& record : m_records)
+    for (TqWorkRecord& record : state.records)
     {
         record.done.Reset(CreateEventW(nullptr, FALSE, FALSE, nullptr));
         if (!record.done)
@@ -102,16 +166,19 @@ HRESULT TqWorkerThread::Start()
             Shutdown(false);
             return TQVST_E_THREAD;
         }
-        TqQueueInsert(&m_freeRecords, &record.link);
+        TqQueueInsert(&state.freeRecords, &record.link);
     }
-    m_multithreaded = false;
-    m_entry = WorkerLoop;
-    m_entryArgument = this;
+    state.multithreaded = false;
+    state.entry = WorkerLoop;
+    state.entryArgument = &state;
+    // The thread's own reference, given back as the last thing it does.
+    state.references = 2;
     unsigned threadId = 0;
     m_thread.Reset(
-        reinterpret_cast<HANDLE>(_beginthreadex(nullptr, 0, ThreadMain, this, 0, &threadId)));
+        reinterpret_cast<HANDLE>(_beginthreadex(nullptr, 0, ThreadMain, &state, 0, &threadId)));
     if (!m_thread)
     {
+        state.references = 1;
         Shutdown(false);
         return TQVST_E_THREAD;
     }
@@ -121,24 +188,26 @@ HRESULT TqWorkerThread::Start()
 
 unsigned __stdcall TqWorkerThread::ThreadMain(void* argument)
 {
-    auto* self = static_cast<TqWorkerThread*>(argument);
-    const HRESULT init = CoInitializeEx(nullptr, self->m_multithreaded ? COINIT_MULTITHREADED
-                                                                       : COINIT_APARTMENTTHREADED);
-    if (FAILED(init)) return static_cast<unsigned>(init);
-    HRESULT result = S_OK;
-    if (!Guarded([&] { result = self->m_entry(self->m_entryArgument); }, AbortFilter))
-        result = TQVST_E_TIMEOUT;
-    CoUninitialize();
+    auto* state = static_cast<TqWorkerState*>(argument);
+    HRESULT result = CoInitializeEx(nullptr, state->multithreaded ? COINIT_MULTITHREADED
+                                                                  : COINIT_APARTMENTTHREADED);
+    if (SUCCEEDED(result))
+    {
+        if (!Guarded([&] { result = state->entry(state->entryArgument); }, AbortFilter))
+            result = TQVST_E_TIMEOUT;
+        CoUninitialize();
+    }
+    ReleaseState(state);
     return static_cast<unsigned>(result);
 }
 
 HRESULT TqWorkerThread::WorkerLoop(void* argument)
 {
-    auto* self = static_cast<TqWorkerThread*>(argument);
+    auto* state = static_cast<TqWorkerState*>(argument);
     // The stop event is not reset here: it is made unsignalled by Start, and a stop set before
     // this thread first ran must not be lost.
-    const HANDLE stop = self->m_stopEvent.Get();
-    while (tTQQELM* element = TqQueueRemoveEx(&self->m_requests, &stop, 1, TQQUEUE_WAIT_KEEPWAITING,
+    const HANDLE stop = state->stopEvent.Get();
+    while (tTQQELM* element = TqQueueRemoveEx(&state->requests, &stop, 1, TQQUEUE_WAIT_KEEPWAITING,
                                               INFINITE, nullptr))
     {
         auto* record = reinterpret_cast<TqWorkRecord*>(element);
@@ -146,28 +215,49 @@ HRESULT TqWorkerThread::WorkerLoop(void* argument)
         if (record->command == kReadEffectFacts) ReadEffectFacts(*record->request);
         ErrorReport_EndTrapBypass();
         SetEvent(record->done.Get());
-        TqQueueInsert(&self->m_freeRecords, &record->link);
+        TqQueueInsert(&state->freeRecords, &record->link);
     }
     return S_OK;
 }
 
 HANDLE TqWorkerThread::Submit(INT32 command, EffectLoadRequest* request, DWORD timeoutMs)
 {
-    auto* record = reinterpret_cast<TqWorkRecord*>(TqQueueRemove(&m_freeRecords, INFINITE));
+    if (!request) return nullptr;
+    request->result = TQVST_E_TIMEOUT;
+    // One request at a time: the wait lets other calls in, and one that timed out would take the
+    // worker away from the request it interrupted.
+    if (!m_state || m_submitting) return nullptr;
+    auto* record = reinterpret_cast<TqWorkRecord*>(TqQueueRemove(&m_state->freeRecords, timeoutMs));
     if (!record) return nullptr;
-    record->command = command;
-    record->request = request;
-    const HANDLE done = record->done.Get();
-    ResetEvent(done);
-    TqQueueInsertHead(&m_requests, &record->link);
-    if (MessageWait(1, &done, false, timeoutMs, true) == WAIT_TIMEOUT)
+    if (!CopyIn(*record, *request))
     {
-        Shutdown(true);
+        TqQueueInsert(&m_state->freeRecords, &record->link);
+        request->result = E_OUTOFMEMORY;
         return nullptr;
     }
-    return done;
-}
+    record->command = command;
+    const HANDLE done = record->done.Get();
+    ResetEvent(done);
+    TqQueueInsertHead(&m_state->requests, &record->link);
 
+    m_submitting = true;
+    const DWORD waited = MessageWait(1, &done, false, timeoutMs, true);
+    m_submitting = false;
+    if (waited == WAIT_OBJECT_0)
+    {
+        CopyOut(*record, *request);
+        return done;
+    }
+    if (waited != WAIT_TIMEOUT && ThreadEnded())
+    {
+        // The thread ended under the request. If it had taken the request, the plug-in ended it
+        // (ExitThread, or the abort code raised by itself); otherwise it never got going.
+        request->result =
+            IsInTqQueue(&m_state->requests, &record->link) ? TQVST_E_THREAD : TQVST_E_PLUGINFAULT;
+    }
+    Shutdown(true);
+    return nullptr;
+}
 DWORD TqWorkerThread::MessageWait(DWORD count, const HANDLE* handles, bool waitAll, DWORD timeoutMs,
                                   bool pumpAll)
 {
@@ -220,7 +310,7 @@ DWORD TqWorkerThread::MessageWait(DWORD count, const HANDLE* handles, bool waitA
 HRESULT TqWorkerThread::StopThread(DWORD graceMs)
 {
     if (!m_thread) return S_FALSE;
-    if (MessageWait(0, nullptr, false, 0, false) != WAIT_OBJECT_0)
+    if (!ThreadEnded())
     {
         PostThreadMessageW(m_threadId, WM_QUIT, 0, 0);
         if (MessageWait(0, nullptr, false, kQuitGraceMs, false) != WAIT_OBJECT_0)
@@ -229,9 +319,26 @@ HRESULT TqWorkerThread::StopThread(DWORD graceMs)
             MessageWait(0, nullptr, false, graceMs, false);
         }
     }
+    if (m_state && ThreadEnded())
+    {
+        // However it ended, the thread touches nothing any more: its state is the worker's alone.
+        m_state->references = 1;
+    }
+    else if (m_state)
+    {
+        // Abandoned, not terminated: ending a thread that may hold the heap's or the loader's lock
+        // can hang the whole process, while a thread left alone costs its stack and may still end.
+        SetEvent(m_state->stopEvent.Get());
+        ReleaseState(std::exchange(m_state, nullptr));
+    }
     m_thread.Reset();
     m_threadId = 0;
     return S_OK;
+}
+
+bool TqWorkerThread::ThreadEnded() const
+{
+    return WaitForSingleObject(m_thread.Get(), 0) == WAIT_OBJECT_0;
 }
 
 // Points the thread at tq_worker_abort as if its current instruction had called it, so that the
@@ -262,25 +369,11 @@ void TqWorkerThread::ForceAbort()
     ResumeThread(m_thread.Get());
 }
 
-void TqWorkerThread::Shutdown(bool infinite)
+void TqWorkerThread::Shutdown(bool wait)
 {
-    if (m_stopEvent)
-    {
-        SetEvent(m_stopEvent.Get());
-        StopThread(infinite ? INFINITE : 0);
-        m_stopEvent.Reset();
-    }
-    for (tTQQHEAD* queue : {&m_requests, &m_freeRecords})
-    {
-        if (!queue->event) continue;
-        while (TqQueueRemove(queue, 0))
-        {
-        }
-        TqQueueDelete(queue);
-        *queue = {};
-    }
-    for (TqWorkRecord& record : m_records)
-        record = {};
+    if (m_state) SetEvent(m_state->stopEvent.Get());
+    StopThread(wait ? kAbortGraceMs : 0);
+    if (m_state) ReleaseState(std::exchange(m_state, nullptr));
 }
 
 namespace {
@@ -292,10 +385,8 @@ TqWorkerThread g_loadWorker;
 
 HRESULT RunOnLoadWorker(EffectLoadRequest& request, DWORD timeoutMs)
 {
-    if (!g_loadWorker.Started() && FAILED(g_loadWorker.Start()))
-        return request.result = TQVST_E_TIMEOUT;
-    if (!g_loadWorker.Submit(TqWorkerThread::kReadEffectFacts, &request, timeoutMs))
-        return request.result = TQVST_E_TIMEOUT;
+    if (FAILED(g_loadWorker.Start())) return request.result = TQVST_E_TIMEOUT;
+    g_loadWorker.Submit(TqWorkerThread::kReadEffectFacts, &request, timeoutMs);
     return request.result;
 }
 

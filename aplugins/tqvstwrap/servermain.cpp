@@ -9,6 +9,21 @@
 
 #include <objbase.h>
 
+namespace {
+
+// A host that gave up on its server before connecting never comes back, and a server is otherwise
+// tested for its end only when a hold changes: one that nobody holds this long after it said it
+// was ready ends. Hosts connect at once, and give up within seconds.
+constexpr UINT kUnclaimedMs = 10000;
+
+void CALLBACK EndIfUnclaimed(HWND, UINT, UINT_PTR timer, DWORD)
+{
+    KillTimer(nullptr, timer);
+    CheckServerQuit();
+}
+
+} // namespace
+
 int WINAPI wWinMain(HINSTANCE instance, HINSTANCE, LPWSTR, int showCommand)
 {
     HMODULE module = instance;
@@ -29,6 +44,7 @@ int WINAPI wWinMain(HINSTANCE instance, HINSTANCE, LPWSTR, int showCommand)
             {
                 SetEvent(ready.Get());
                 ready.Reset();
+                SetTimer(nullptr, 0, kUnclaimedMs, EndIfUnclaimed);
             }
             else if (RootWindow* window = RootWindow::Create(instance))
             {

@@ -13,6 +13,7 @@
 
 #include <shlwapi.h>
 
+#include <algorithm>
 #include <cstdio>
 #include <iterator>
 #include <new>
@@ -117,8 +118,31 @@ std::wstring ServerCommandLine(int location, const wchar_t* eventName, const wch
     return line;
 }
 
-// Starts the location's server and waits until its class object can be had. On failure the
-// caller keeps the result of its first attempt.
+// Asks for the started server's class object until it can be had. The server registers it before
+// it signals, but other processes learn of registrations only through a service process of the
+// platform's own: a class not known there yet is asked for again, as long as the server lives and
+// the start budget lasts.
+HRESULT ReachServer(const CLSID& clsid, HANDLE process, DWORD startTick,
+                    tq::ComPtr<IClassFactory>& classObject)
+{
+    DWORD pauseMs = 5;
+    for (;;)
+    {
+        const HRESULT hr = CoGetClassObject(clsid, kServerContext, nullptr, IID_IClassFactory,
+                                            classObject.PutVoid());
+        if (hr != REGDB_E_CLASSNOTREG) return hr;
+        const DWORD elapsed = GetTickCount() - startTick;
+        if (elapsed >= kServerStartTimeoutMs) return hr;
+        if (WaitForSingleObject(process, std::min(pauseMs, kServerStartTimeoutMs - elapsed)) ==
+            WAIT_OBJECT_0)
+            return hr;
+        pauseMs = std::min<DWORD>(pauseMs * 2, 100);
+    }
+}
+
+// Starts the location's server and waits until its class object can be had. A server that cannot
+// be reached in time is ended, since no host would ever hold it, and the location is left without
+// one. A server that was not ready in time leaves the caller the result of its first attempt.
 HRESULT StartServer(int location, const wchar_t* vendor, const wchar_t* product,
                     tq::ComPtr<IClassFactory>& classObject, HRESULT firstAttempt)
 {
@@ -143,16 +167,19 @@ HRESULT StartServer(int location, const wchar_t* vendor, const wchar_t* product,
     state.clsid = ServerClassId(started.dwProcessId);
     // The crash monitor must know the process before its first instruction runs.
     ErrorReport_StartMonitoringProcess(started.dwProcessId, ClientModule());
+    const DWORD startTick = GetTickCount();
     ResumeThread(thread.Get());
 
     // A server that dies before it is ready ends the wait at once instead of after the timeout.
     const HANDLE waitFor[] = {ready.Get(), process.Get()};
     HRESULT hr = firstAttempt;
     if (WaitForMultipleObjects(2, waitFor, FALSE, kServerStartTimeoutMs) == WAIT_OBJECT_0)
-        hr = CoGetClassObject(state.clsid, kServerContext, nullptr, IID_IClassFactory,
-                              classObject.PutVoid());
-    // The location keeps the id on failure, so a later call can still find a late starter.
-    if (FAILED(hr)) ErrorReport_StopMonitoringProcess(started.dwProcessId);
+        hr = ReachServer(state.clsid, process.Get(), startTick, classObject);
+    if (SUCCEEDED(hr)) return hr;
+    ErrorReport_StopMonitoringProcess(started.dwProcessId);
+    TerminateProcess(process.Get(), 1);
+    state.processId = 0;
+    state.clsid = CLSID{};
     return hr;
 }
 

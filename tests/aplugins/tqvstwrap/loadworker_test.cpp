@@ -1,5 +1,6 @@
-// Timed loads on the load worker: hung plug-ins abandoned in time, the worker rebuilt for the
-// next load, in process and in a server; and the worker's message-pumping wait.
+// Timed loads on the load worker: hung plug-ins abandoned in time, plug-ins that end the loading
+// thread, the worker rebuilt for the next load, in process and in servers; and the worker's
+// message-pumping wait.
 #include "support/serverprocess.h"
 #include "comptr.h"
 #include "loadworker.h"
@@ -10,6 +11,7 @@
 #include <gtest/gtest.h>
 
 #include <cstdio>
+#include <cwchar>
 #include <cstring>
 #include <memory>
 #include <string>
@@ -135,7 +137,7 @@ TEST(WorkerThread, StartsOnceAndAnewAfterShutdown)
     ASSERT_EQ(worker.Start(), S_OK);
 }
 
-// ---- Timed loads, in process and in a server -----------------------------------------------
+// ---- Timed loads, in process and in servers of both bitnesses ------------------------------
 
 using tqtest::ServerProcess;
 
@@ -149,7 +151,15 @@ struct Facts
 
 const char* LocationName(int location)
 {
-    return location == kTqVstInProcess ? "in process" : "in a server";
+    switch (location)
+    {
+    case kTqVstInProcess:
+        return "in process";
+    case kTqVstServer:
+        return "in a server";
+    default:
+        return "in the 32-bit server";
+    }
 }
 
 class TimedLoad : public testing::TestWithParam<int>
@@ -157,23 +167,33 @@ class TimedLoad : public testing::TestWithParam<int>
 protected:
     void SetUp() override
     {
+        if (GetParam() == kTqVstServer32 && !tqtest::Have32BitServer())
+            GTEST_SKIP() << "32-bit Wine or the 32-bit build is not available here";
         ASSERT_HRESULT_SUCCEEDED(CoInitialize(nullptr));
-        DWORD pid = 0;
+        m_initialised = true;
         ASSERT_EQ(GetVstFactory(GetParam(), IID_ITqVstEffectFactory, m_factory.PutVoid(), L"tqvst",
-                                L"tests", &pid, nullptr),
+                                L"tests", &m_pid, nullptr),
                   S_OK);
-        m_server = std::make_unique<ServerProcess>(pid);
+        m_server = std::make_unique<ServerProcess>(m_pid);
     }
     void TearDown() override
     {
-        EXPECT_EQ(ReleaseVstFactory(GetParam(), m_factory.Detach()), S_OK);
+        if (m_factory)
+        {
+            EXPECT_EQ(ReleaseVstFactory(GetParam(), m_factory.Detach()), S_OK);
+        }
         // An abandoned load must not keep the server alive.
-        if (GetParam() != kTqVstInProcess)
+        if (m_server && GetParam() != kTqVstInProcess)
         {
             EXPECT_TRUE(m_server->EndsWithin(ServerProcess::kExitMs));
         }
         m_server.reset();
-        CoUninitialize();
+        if (m_initialised) CoUninitialize();
+    }
+
+    std::wstring Plugin(const wchar_t* file) const
+    {
+        return GetParam() == kTqVstServer32 ? tqtest::Plugin32Path(file) : PluginPath(file);
     }
 
     Facts Read(const wchar_t* file, DWORD timeoutMs)
@@ -181,10 +201,21 @@ protected:
         Facts f;
         WCHAR vendor[64], product[64];
         const DWORD start = GetTickCount();
-        f.hr = m_factory->GetEffectInfoForFile(PluginPath(file).c_str(), 0, f.name, vendor, product,
+        f.hr = m_factory->GetEffectInfoForFile(Plugin(file).c_str(), 0, f.name, vendor, product,
                                                &f.info, timeoutMs);
         f.elapsedMs = GetTickCount() - start;
         return f;
+    }
+
+    // A load that must be given up: TQVST_E_TIMEOUT, and control back well within a second of
+    // the timeout whatever the plug-in does.
+    void ExpectAbandoned(const wchar_t* file, const char* what)
+    {
+        const Facts hung = Read(file, kAbandonMs);
+        EXPECT_EQ(hung.hr, TQVST_E_TIMEOUT) << std::hex << hung.hr;
+        EXPECT_LT(hung.elapsedMs, kAbandonMs + kAbandonSlackMs);
+        std::printf("%s plug-in %s: timeout %lu ms, call returned after %lu ms\n", what,
+                    LocationName(GetParam()), kAbandonMs, hung.elapsedMs);
     }
 
     // The worker built anew after an abandon serves the next file.
@@ -196,8 +227,16 @@ protected:
         EXPECT_EQ(next.info.numInputs, 2u);
     }
 
+    // The process the plug-ins load in.
+    DWORD LoadingProcess() const
+    {
+        return GetParam() == kTqVstInProcess ? GetCurrentProcessId() : m_pid;
+    }
+
     tq::ComPtr<ITqVstEffectFactory> m_factory;
     std::unique_ptr<ServerProcess> m_server;
+    DWORD m_pid = 0;
+    bool m_initialised = false;
 };
 
 TEST_P(TimedLoad, NormalPluginLoadsAsUntimed)
@@ -219,11 +258,7 @@ TEST_P(TimedLoad, FaultOnTheWorkerIsReportedAndTheWorkerServesOn)
 
 TEST_P(TimedLoad, BusyPluginIsAbandonedWithinTheTimeout)
 {
-    const Facts hung = Read(L"hang_busy.dll", kAbandonMs);
-    EXPECT_EQ(hung.hr, TQVST_E_TIMEOUT) << std::hex << hung.hr;
-    EXPECT_LT(hung.elapsedMs, kAbandonMs + kAbandonSlackMs);
-    std::printf("busy plug-in %s: timeout %lu ms, call returned after %lu ms\n",
-                LocationName(GetParam()), kAbandonMs, hung.elapsedMs);
+    ExpectAbandoned(L"hang_busy.dll", "busy");
     if (GetParam() == kTqVstInProcess)
     {
         // The spinning thread is really gone: the process is idle again.
@@ -239,22 +274,64 @@ TEST_P(TimedLoad, BusyPluginIsAbandonedWithinTheTimeout)
     ExpectNextLoadSucceeds();
 }
 
-TEST_P(TimedLoad, SleepingPluginIsAbandonedWhenItsSleepEnds)
+// A thread inside a system call cannot be pointed elsewhere until the call returns: it is left
+// behind, and winds up by itself when its sleep ends.
+TEST_P(TimedLoad, SleepingPluginIsAbandonedWithinTheTimeout)
 {
-    const Facts hung = Read(L"hang_sleep.dll", kAbandonMs);
-    EXPECT_EQ(hung.hr, TQVST_E_TIMEOUT) << std::hex << hung.hr;
-    // A thread inside a system call takes its new course only when the call returns.
-    EXPECT_GE(hung.elapsedMs, kEntrySleepMs - 500);
-    EXPECT_LT(hung.elapsedMs, kEntrySleepMs + kAbandonSlackMs);
-    std::printf("sleeping plug-in %s: timeout %lu ms, call returned after %lu ms\n",
-                LocationName(GetParam()), kAbandonMs, hung.elapsedMs);
+    ExpectAbandoned(L"hang_sleep.dll", "sleeping");
+    ExpectNextLoadSucceeds();
+    Sleep(kEntrySleepMs);
     ExpectNextLoadSucceeds();
 }
 
-INSTANTIATE_TEST_SUITE_P(Locations, TimedLoad, testing::Values(kTqVstInProcess, kTqVstServer),
+TEST_P(TimedLoad, BlockedPluginIsAbandonedWithinTheTimeout)
+{
+    ExpectAbandoned(L"hang_wait.dll", "blocked");
+    ExpectNextLoadSucceeds();
+    // A second one blocks a second thread; each load still gets a worker of its own.
+    ExpectAbandoned(L"hang_wait.dll", "blocked");
+    ExpectNextLoadSucceeds();
+
+    // Woken long after they were given up, the abandoned threads touch only what they were left
+    // with: the worker serving now goes on undisturbed.
+    wchar_t name[64];
+    std::swprintf(name, 64, L"hang_wait release %lu", LoadingProcess());
+    tq::UniqueHandle release(CreateEventW(nullptr, TRUE, FALSE, name));
+    ASSERT_TRUE(release);
+    ASSERT_TRUE(SetEvent(release.Get()));
+    Sleep(300);
+    ExpectNextLoadSucceeds();
+    ExpectNextLoadSucceeds();
+}
+
+// A plug-in that ends the thread loading it fails that load; the worker is rebuilt for the next.
+TEST_P(TimedLoad, PluginThatEndsTheLoadingThreadFailsAndTheWorkerIsRebuilt)
+{
+    for (const wchar_t* file : {L"exit_thread.dll", L"raise_abort.dll"})
+    {
+        SCOPED_TRACE(testing::Message() << "plug-in " << file);
+        for (int round = 0; round < 2; ++round)
+        {
+            const Facts ended = Read(file, kGenerousMs);
+            EXPECT_EQ(ended.hr, TQVST_E_PLUGINFAULT) << std::hex << ended.hr;
+            EXPECT_LT(ended.elapsedMs, kGenerousMs);
+            ExpectNextLoadSucceeds();
+        }
+    }
+}
+
+INSTANTIATE_TEST_SUITE_P(Locations, TimedLoad,
+                         testing::Values(kTqVstInProcess, kTqVstServer, kTqVstServer32),
                          [](const testing::TestParamInfo<int>& info) {
-                             return std::string(info.param == kTqVstInProcess ? "InProcess"
-                                                                              : "Server");
+                             switch (info.param)
+                             {
+                             case kTqVstInProcess:
+                                 return std::string("InProcess");
+                             case kTqVstServer:
+                                 return std::string("Server");
+                             default:
+                                 return std::string("Server32");
+                             }
                          });
 
 } // namespace
