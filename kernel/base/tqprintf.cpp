@@ -2,6 +2,7 @@
 #include "tqprintf.h"
 
 #include "numberlocale.h"
+#include "scratchtext.h"
 #include "tqnumtext.h"
 #include "tqprintf_tokens.h"
 
@@ -14,9 +15,12 @@ namespace {
 
 using tq::text::LocaleItem;
 using tq::text::LocaleText;
+using tq::text::ScratchText;
 
-// Longest conversion text, and the size of the temporaries C formatting writes into.
+// Longest conversion text, and the size of the temporaries C formatting writes into first.
 constexpr size_t kConversionChars = 260;
+// "%.Nz" prints at most this many decimals; more are refused rather than cut.
+constexpr size_t kMaxFixedDecimals = kConversionChars - 1;
 constexpr size_t kMaxCapacity = 0x7FFFFFFE;
 // What a C formatting that overflowed reports.
 constexpr HRESULT kFormatOverflow = HRESULT_FROM_WIN32(ERROR_INSUFFICIENT_BUFFER);
@@ -98,6 +102,20 @@ IntegerSize SizeOf(const wchar_t* conversion)
     if (wcsncmp(size, L"I64", 3) == 0) return IntegerSize::Bits64;
     if (wcsncmp(size, L"I32", 3) == 0) return IntegerSize::Bits32;
     return IntegerSize::Pointer;
+}
+
+// The text of one C conversion, whole however long the format makes it: a width or precision of
+// hundreds is rare, but must not make the number vanish. Returns its length, or -1.
+using FormattedText = ScratchText<kConversionChars>;
+
+template <class Value>
+int FormatC(FormattedText& text, const wchar_t* conversion, Value value)
+{
+    const int written = _snwprintf(text.Get(), text.Capacity(), conversion, value);
+    if (written >= 0 && static_cast<size_t>(written) < text.Capacity()) return written;
+    const int needed = _scwprintf(conversion, value);
+    if (needed < 0 || !text.Reserve(static_cast<size_t>(needed) + 1)) return -1;
+    return _snwprintf(text.Get(), text.Capacity(), conversion, value);
 }
 
 // The character behind "%!" or "%&" that picks a separator.
@@ -364,36 +382,36 @@ void Printer::Integer(const wchar_t* conversion, size_t length, bool dollar)
         return;
     }
 
-    wchar_t text[kConversionChars];
+    FormattedText text;
     int written;
     switch (SizeOf(conversion))
     {
     case IntegerSize::Bits64:
-        written = _snwprintf(text, kConversionChars, conversion, va_arg(m_args, LONGLONG));
+        written = FormatC(text, conversion, va_arg(m_args, LONGLONG));
         break;
     case IntegerSize::Pointer:
-        written = _snwprintf(text, kConversionChars, conversion, va_arg(m_args, INT_PTR));
+        written = FormatC(text, conversion, va_arg(m_args, INT_PTR));
         break;
     default:
-        written = _snwprintf(text, kConversionChars, conversion, va_arg(m_args, int));
+        written = FormatC(text, conversion, va_arg(m_args, int));
         break;
     }
-    if (written < 0 || static_cast<size_t>(written) >= kConversionChars)
+    if (written < 0)
     {
         m_status = kFormatOverflow;
         return;
     }
     if (dollar && decimal)
-        Localize(TqFormatNumber, text);
+        Localize(TqFormatNumber, text.Get());
     else
-        CopyFormatted(text, static_cast<size_t>(written));
+        CopyFormatted(text.Get(), static_cast<size_t>(written));
 }
 
 void Printer::Float(const wchar_t* conversion, wchar_t terminator, bool dollar)
 {
-    wchar_t text[kConversionChars];
-    const int written = _snwprintf(text, kConversionChars, conversion, va_arg(m_args, double));
-    if (written < 0 || static_cast<size_t>(written) >= kConversionChars)
+    FormattedText text;
+    const int written = FormatC(text, conversion, va_arg(m_args, double));
+    if (written < 0)
     {
         m_status = kFormatOverflow;
         return;
@@ -402,15 +420,15 @@ void Printer::Float(const wchar_t* conversion, wchar_t terminator, bool dollar)
     {
         Localize([](const wchar_t* t, wchar_t* b,
                     int c) { return TqFormatGroupDecimalNumber(t, b, c, -1); },
-                 text);
+                 text.Get());
     }
-    else if (dollar && (terminator == L'g' || terminator == L'G') && !wcspbrk(text, L"Ee"))
+    else if (dollar && (terminator == L'g' || terminator == L'G') && !wcspbrk(text.Get(), L"Ee"))
     {
-        Localize(TqFormatDecimalNumber, text);
+        Localize(TqFormatDecimalNumber, text.Get());
     }
     else
     {
-        CopyFormatted(text, static_cast<size_t>(written));
+        CopyFormatted(text.Get(), static_cast<size_t>(written));
     }
 }
 
@@ -422,9 +440,8 @@ void Printer::FixedPoint(wchar_t* conversion, size_t length, bool dollar)
     for (size_t i = 2; fixed && i < length - 1; ++i)
     {
         fixed = IsDigit(conversion[i]);
-        decimals = decimals * 10 + (conversion[i] - L'0');
-        // More decimals than a temporary holds: printed as the integer conversion would be.
-        if (decimals > kConversionChars - 16) fixed = false;
+        // Counting stops past the limit, so that no count of digits can wrap it.
+        if (decimals <= kMaxFixedDecimals) decimals = decimals * 10 + (conversion[i] - L'0');
     }
     if (!fixed || decimals == 0)
     {
@@ -438,11 +455,17 @@ void Printer::FixedPoint(wchar_t* conversion, size_t length, bool dollar)
 
     // Exact decimal shifting of the digits, which no binary division could promise.
     const LONG value = va_arg(m_args, LONG);
+    if (decimals > kMaxFixedDecimals)
+    {
+        m_status = TQ_E_BUFFERTOOSMALL;
+        return;
+    }
     wchar_t digits[16];
     const ULONGLONG magnitude =
         value < 0 ? 0 - static_cast<ULONGLONG>(static_cast<LONGLONG>(value)) : value;
     const size_t digitCount = static_cast<size_t>(TqDWordLongToText(magnitude, digits, FALSE));
-    wchar_t text[kConversionChars];
+    // Sign, "0." and the decimals.
+    wchar_t text[kMaxFixedDecimals + 4];
     wchar_t* out = text;
     if (value < 0) *out++ = L'-';
     const size_t whole = digitCount > decimals ? digitCount - decimals : 0;
@@ -496,15 +519,10 @@ void Printer::Platform(const wchar_t* conversion, size_t length)
     const size_t room = m_out.Room();
     const int written = text ? _snwprintf(m_out.Cursor(), room, conversion, pointer)
                              : _snwprintf(m_out.Cursor(), room, conversion, value);
-    if (written < 0)
-    {
-        // Cut to the room, which it filled.
-        m_out.Advance(room);
-        m_status = kFormatOverflow;
-        return;
-    }
-    m_out.Advance(static_cast<size_t>(written));
-    m_status = S_OK;
+    // Cut to the room, which it filled. A "%c" of 0 ends the text where it stands, as in the
+    // unbounded forms, so that the length never counts past a terminator.
+    m_out.Advance(wcsnlen(m_out.Cursor(), written < 0 ? room : static_cast<size_t>(written)));
+    m_status = written < 0 ? kFormatOverflow : S_OK;
 }
 
 } // namespace
