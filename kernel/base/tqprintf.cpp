@@ -519,8 +519,8 @@ void Printer::Platform(const wchar_t* conversion, size_t length)
     const size_t room = m_out.Room();
     const int written = text ? _snwprintf(m_out.Cursor(), room, conversion, pointer)
                              : _snwprintf(m_out.Cursor(), room, conversion, value);
-    // Cut to the room, which it filled. A "%c" of 0 ends the text where it stands, as in the
-    // unbounded forms, so that the length never counts past a terminator.
+    // Cut to the room, which it filled. The terminator a "%c" of 0 writes is not counted, as in
+    // the unbounded forms: the next text goes over it and the length stays the string's.
     m_out.Advance(wcsnlen(m_out.Cursor(), written < 0 ? room : static_cast<size_t>(written)));
     m_status = written < 0 ? kFormatOverflow : S_OK;
 }

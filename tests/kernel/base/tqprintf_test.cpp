@@ -352,6 +352,15 @@ TEST_F(PrintF, FixedPointBeyond259DecimalsIsRefused)
     EXPECT_EQ(Print(L"a%.99999999999999999999999z|%d", 5, 6), L"a|6");
 }
 
+// The terminator a "%c" of 0 writes is no character of the text: the length never counts it.
+TEST_F(PrintF, CharacterZeroAddsNothingInBothForms)
+{
+    EXPECT_EQ(Print(L"a%cb", 0), L"ab");
+    const Bounded r = PrintN(16, L"a%cb", 0);
+    EXPECT_EQ(r.status, S_OK);
+    EXPECT_EQ(r.text, L"ab");
+}
+
 TEST_F(PrintF, BoundedStatusIsThatOfTheLastConversion)
 {
     const Bounded cleared = PrintN(6, L"$d!%d", 1234567, 1);

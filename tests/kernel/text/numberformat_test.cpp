@@ -159,6 +159,30 @@ std::wstring FormatLong(Kind kind, const std::wstring& text, int decimals = -1)
     return buffer;
 }
 
+TEST(FormatNumber, LongDigitTextsFollowTheLocale)
+{
+    // Long enough to be grouped without the platform's help.
+    const std::wstring number = L"12345678901234567890123456789012345678901234567890";
+    {
+        ScopedNumberLocale locale(German());
+        std::wstring expected = GroupedInThrees(number);
+        for (wchar_t& c : expected)
+            if (c == L',') c = L'.';
+        EXPECT_EQ(FormatLong(Kind::GroupDecimal, number + L".25"), expected + L",25");
+    }
+    {
+        ScopedNumberLocale locale(Indian());
+        EXPECT_EQ(FormatLong(Kind::Number, number),
+                  L"1,23,45,67,89,01,23,45,67,89,01,23,45,67,89,01,23,45,67,89,01,23,45,67,890");
+    }
+    {
+        auto bare = English();
+        bare.leadingZero = 0;
+        ScopedNumberLocale locale(bare);
+        EXPECT_EQ(FormatLong(Kind::GroupDecimal, L"0.5", 60), L".5" + std::wstring(59, L'0'));
+    }
+}
+
 TEST(FormatNumber, LongDigitTextsKeepEveryDigit)
 {
     ScopedNumberLocale locale(English());
@@ -177,6 +201,10 @@ TEST(FormatNumber, LongDigitTextsKeepEveryDigit)
         EXPECT_EQ(FormatLong(Kind::GroupDecimal, fraction), fraction) << length;
         const std::wstring mixed = number + L"." + number;
         EXPECT_EQ(FormatLong(Kind::GroupDecimal, mixed), GroupedInThrees(mixed)) << length;
+        // Rounding on the first dropped digit carries through every nine.
+        EXPECT_EQ(FormatLong(Kind::GroupDecimal, std::wstring(length, L'9') + L".95", 1),
+                  GroupedInThrees(L"1" + std::wstring(length, L'0') + L".0"))
+            << length;
         // Decimals asked for beyond the text's own are zeros.
         EXPECT_EQ(FormatLong(Kind::GroupDecimal, number, 3), GroupedInThrees(number) + L".000")
             << length;
