@@ -51,6 +51,8 @@ public:
     }
 
     bool Bounded() const { return m_bounded; }
+    // The most characters of one conversion worth making: the unbounded forms take them all.
+    size_t Limit() const { return m_bounded ? m_room : ~size_t{0} - 1; }
     bool Full() const { return m_room == 0; }
     size_t Room() const { return m_room; }
     // The capacity the locale formatters take: room plus the terminator.
@@ -105,17 +107,24 @@ IntegerSize SizeOf(const wchar_t* conversion)
 }
 
 // The text of one C conversion, whole however long the format makes it: a width or precision of
-// hundreds is rare, but must not make the number vanish. Returns its length, or -1.
+// hundreds is rare, but must not make the number vanish. A text longer than limit is cut to
+// limit + 1 characters, so that a bounded destination never costs more memory than its own size
+// and the cut still shows. Returns the length, or -1.
 using FormattedText = ScratchText<kConversionChars>;
 
 template <class Value>
-int FormatC(FormattedText& text, const wchar_t* conversion, Value value)
+int FormatC(FormattedText& text, size_t limit, const wchar_t* conversion, Value value)
 {
     const int written = _snwprintf(text.Get(), text.Capacity(), conversion, value);
     if (written >= 0 && static_cast<size_t>(written) < text.Capacity()) return written;
     const int needed = _scwprintf(conversion, value);
-    if (needed < 0 || !text.Reserve(static_cast<size_t>(needed) + 1)) return -1;
-    return _snwprintf(text.Get(), text.Capacity(), conversion, value);
+    if (needed < 0) return -1;
+    const size_t kept =
+        static_cast<size_t>(needed) <= limit ? static_cast<size_t>(needed) : limit + 1;
+    if (kept > 0x7FFFFFFE || !text.Reserve(kept + 1)) return -1;
+    _snwprintf(text.Get(), kept, conversion, value);
+    text.Get()[kept] = L'\0';
+    return static_cast<int>(kept);
 }
 
 // The character behind "%!" or "%&" that picks a separator.
@@ -155,6 +164,8 @@ private:
 
     template <class Formatter>
     void Localize(Formatter formatter, const wchar_t* text);
+    template <class Formatter>
+    void LocalizeFormatted(Formatter formatter, const wchar_t* text, int length);
     void CopyFormatted(const wchar_t* text, size_t length);
 
     Output& m_out;
@@ -343,6 +354,19 @@ void Printer::Localize(Formatter formatter, const wchar_t* text)
     m_status = S_OK;
 }
 
+// A C formatting result for a locale formatter. One that was cut to the room cannot fit once
+// localised, and is no number to localise.
+template <class Formatter>
+void Printer::LocalizeFormatted(Formatter formatter, const wchar_t* text, int length)
+{
+    if (static_cast<size_t>(length) > m_out.Room())
+    {
+        m_status = TQ_E_BUFFERTOOSMALL;
+        return;
+    }
+    Localize(formatter, text);
+}
+
 // A C formatting result: what does not fit is cut, and fills the destination.
 void Printer::CopyFormatted(const wchar_t* text, size_t length)
 {
@@ -387,13 +411,13 @@ void Printer::Integer(const wchar_t* conversion, size_t length, bool dollar)
     switch (SizeOf(conversion))
     {
     case IntegerSize::Bits64:
-        written = FormatC(text, conversion, va_arg(m_args, LONGLONG));
+        written = FormatC(text, m_out.Limit(), conversion, va_arg(m_args, LONGLONG));
         break;
     case IntegerSize::Pointer:
-        written = FormatC(text, conversion, va_arg(m_args, INT_PTR));
+        written = FormatC(text, m_out.Limit(), conversion, va_arg(m_args, INT_PTR));
         break;
     default:
-        written = FormatC(text, conversion, va_arg(m_args, int));
+        written = FormatC(text, m_out.Limit(), conversion, va_arg(m_args, int));
         break;
     }
     if (written < 0)
@@ -402,7 +426,7 @@ void Printer::Integer(const wchar_t* conversion, size_t length, bool dollar)
         return;
     }
     if (dollar && decimal)
-        Localize(TqFormatNumber, text.Get());
+        LocalizeFormatted(TqFormatNumber, text.Get(), written);
     else
         CopyFormatted(text.Get(), static_cast<size_t>(written));
 }
@@ -410,7 +434,7 @@ void Printer::Integer(const wchar_t* conversion, size_t length, bool dollar)
 void Printer::Float(const wchar_t* conversion, wchar_t terminator, bool dollar)
 {
     FormattedText text;
-    const int written = FormatC(text, conversion, va_arg(m_args, double));
+    const int written = FormatC(text, m_out.Limit(), conversion, va_arg(m_args, double));
     if (written < 0)
     {
         m_status = kFormatOverflow;
@@ -418,13 +442,13 @@ void Printer::Float(const wchar_t* conversion, wchar_t terminator, bool dollar)
     }
     if (dollar && terminator == L'f')
     {
-        Localize([](const wchar_t* t, wchar_t* b,
-                    int c) { return TqFormatGroupDecimalNumber(t, b, c, -1); },
-                 text.Get());
+        LocalizeFormatted([](const wchar_t* t, wchar_t* b,
+                             int c) { return TqFormatGroupDecimalNumber(t, b, c, -1); },
+                          text.Get(), written);
     }
     else if (dollar && (terminator == L'g' || terminator == L'G') && !wcspbrk(text.Get(), L"Ee"))
     {
-        Localize(TqFormatDecimalNumber, text.Get());
+        LocalizeFormatted(TqFormatDecimalNumber, text.Get(), written);
     }
     else
     {
