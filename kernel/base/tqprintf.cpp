@@ -2,6 +2,7 @@
 #include "tqprintf.h"
 
 #include "numberlocale.h"
+#include "scratchtext.h"
 #include "tqnumtext.h"
 #include "tqprintf_tokens.h"
 
@@ -14,9 +15,12 @@ namespace {
 
 using tq::text::LocaleItem;
 using tq::text::LocaleText;
+using tq::text::ScratchText;
 
-// Longest conversion text, and the size of the temporaries C formatting writes into.
+// Longest conversion text, and the size of the temporaries C formatting writes into first.
 constexpr size_t kConversionChars = 260;
+// "%.Nz" prints at most this many decimals; more are refused rather than cut.
+constexpr size_t kMaxFixedDecimals = kConversionChars - 1;
 constexpr size_t kMaxCapacity = 0x7FFFFFFE;
 // What a C formatting that overflowed reports.
 constexpr HRESULT kFormatOverflow = HRESULT_FROM_WIN32(ERROR_INSUFFICIENT_BUFFER);
@@ -47,6 +51,8 @@ public:
     }
 
     bool Bounded() const { return m_bounded; }
+    // The most characters of one conversion worth making: the unbounded forms take them all.
+    size_t Limit() const { return m_bounded ? m_room : ~size_t{0} - 1; }
     bool Full() const { return m_room == 0; }
     size_t Room() const { return m_room; }
     // The capacity the locale formatters take: room plus the terminator.
@@ -100,6 +106,27 @@ IntegerSize SizeOf(const wchar_t* conversion)
     return IntegerSize::Pointer;
 }
 
+// The text of one C conversion, whole however long the format makes it: a width or precision of
+// hundreds is rare, but must not make the number vanish. A text longer than limit is cut to
+// limit + 1 characters, so that a bounded destination never costs more memory than its own size
+// and the cut still shows. Returns the length, or -1.
+using FormattedText = ScratchText<kConversionChars>;
+
+template <class Value>
+int FormatC(FormattedText& text, size_t limit, const wchar_t* conversion, Value value)
+{
+    const int written = _snwprintf(text.Get(), text.Capacity(), conversion, value);
+    if (written >= 0 && static_cast<size_t>(written) < text.Capacity()) return written;
+    const int needed = _scwprintf(conversion, value);
+    if (needed < 0) return -1;
+    const size_t kept =
+        static_cast<size_t>(needed) <= limit ? static_cast<size_t>(needed) : limit + 1;
+    if (kept > 0x7FFFFFFE || !text.Reserve(kept + 1)) return -1;
+    _snwprintf(text.Get(), kept, conversion, value);
+    text.Get()[kept] = L'\0';
+    return static_cast<int>(kept);
+}
+
 // The character behind "%!" or "%&" that picks a separator.
 struct Selector
 {
@@ -137,6 +164,8 @@ private:
 
     template <class Formatter>
     void Localize(Formatter formatter, const wchar_t* text);
+    template <class Formatter>
+    void LocalizeFormatted(Formatter formatter, const wchar_t* text, int length);
     void CopyFormatted(const wchar_t* text, size_t length);
 
     Output& m_out;
@@ -325,6 +354,19 @@ void Printer::Localize(Formatter formatter, const wchar_t* text)
     m_status = S_OK;
 }
 
+// A C formatting result for a locale formatter. One that was cut to the room cannot fit once
+// localised, and is no number to localise.
+template <class Formatter>
+void Printer::LocalizeFormatted(Formatter formatter, const wchar_t* text, int length)
+{
+    if (static_cast<size_t>(length) > m_out.Room())
+    {
+        m_status = TQ_E_BUFFERTOOSMALL;
+        return;
+    }
+    Localize(formatter, text);
+}
+
 // A C formatting result: what does not fit is cut, and fills the destination.
 void Printer::CopyFormatted(const wchar_t* text, size_t length)
 {
@@ -364,53 +406,53 @@ void Printer::Integer(const wchar_t* conversion, size_t length, bool dollar)
         return;
     }
 
-    wchar_t text[kConversionChars];
+    FormattedText text;
     int written;
     switch (SizeOf(conversion))
     {
     case IntegerSize::Bits64:
-        written = _snwprintf(text, kConversionChars, conversion, va_arg(m_args, LONGLONG));
+        written = FormatC(text, m_out.Limit(), conversion, va_arg(m_args, LONGLONG));
         break;
     case IntegerSize::Pointer:
-        written = _snwprintf(text, kConversionChars, conversion, va_arg(m_args, INT_PTR));
+        written = FormatC(text, m_out.Limit(), conversion, va_arg(m_args, INT_PTR));
         break;
     default:
-        written = _snwprintf(text, kConversionChars, conversion, va_arg(m_args, int));
+        written = FormatC(text, m_out.Limit(), conversion, va_arg(m_args, int));
         break;
     }
-    if (written < 0 || static_cast<size_t>(written) >= kConversionChars)
+    if (written < 0)
     {
         m_status = kFormatOverflow;
         return;
     }
     if (dollar && decimal)
-        Localize(TqFormatNumber, text);
+        LocalizeFormatted(TqFormatNumber, text.Get(), written);
     else
-        CopyFormatted(text, static_cast<size_t>(written));
+        CopyFormatted(text.Get(), static_cast<size_t>(written));
 }
 
 void Printer::Float(const wchar_t* conversion, wchar_t terminator, bool dollar)
 {
-    wchar_t text[kConversionChars];
-    const int written = _snwprintf(text, kConversionChars, conversion, va_arg(m_args, double));
-    if (written < 0 || static_cast<size_t>(written) >= kConversionChars)
+    FormattedText text;
+    const int written = FormatC(text, m_out.Limit(), conversion, va_arg(m_args, double));
+    if (written < 0)
     {
         m_status = kFormatOverflow;
         return;
     }
     if (dollar && terminator == L'f')
     {
-        Localize([](const wchar_t* t, wchar_t* b,
-                    int c) { return TqFormatGroupDecimalNumber(t, b, c, -1); },
-                 text);
+        LocalizeFormatted([](const wchar_t* t, wchar_t* b,
+                             int c) { return TqFormatGroupDecimalNumber(t, b, c, -1); },
+                          text.Get(), written);
     }
-    else if (dollar && (terminator == L'g' || terminator == L'G') && !wcspbrk(text, L"Ee"))
+    else if (dollar && (terminator == L'g' || terminator == L'G') && !wcspbrk(text.Get(), L"Ee"))
     {
-        Localize(TqFormatDecimalNumber, text);
+        LocalizeFormatted(TqFormatDecimalNumber, text.Get(), written);
     }
     else
     {
-        CopyFormatted(text, static_cast<size_t>(written));
+        CopyFormatted(text.Get(), static_cast<size_t>(written));
     }
 }
 
@@ -422,9 +464,8 @@ void Printer::FixedPoint(wchar_t* conversion, size_t length, bool dollar)
     for (size_t i = 2; fixed && i < length - 1; ++i)
     {
         fixed = IsDigit(conversion[i]);
-        decimals = decimals * 10 + (conversion[i] - L'0');
-        // More decimals than a temporary holds: printed as the integer conversion would be.
-        if (decimals > kConversionChars - 16) fixed = false;
+        // Counting stops past the limit, so that no count of digits can wrap it.
+        if (decimals <= kMaxFixedDecimals) decimals = decimals * 10 + (conversion[i] - L'0');
     }
     if (!fixed || decimals == 0)
     {
@@ -438,11 +479,17 @@ void Printer::FixedPoint(wchar_t* conversion, size_t length, bool dollar)
 
     // Exact decimal shifting of the digits, which no binary division could promise.
     const LONG value = va_arg(m_args, LONG);
+    if (decimals > kMaxFixedDecimals)
+    {
+        m_status = TQ_E_BUFFERTOOSMALL;
+        return;
+    }
     wchar_t digits[16];
     const ULONGLONG magnitude =
         value < 0 ? 0 - static_cast<ULONGLONG>(static_cast<LONGLONG>(value)) : value;
     const size_t digitCount = static_cast<size_t>(TqDWordLongToText(magnitude, digits, FALSE));
-    wchar_t text[kConversionChars];
+    // Sign, "0." and the decimals.
+    wchar_t text[kMaxFixedDecimals + 4];
     wchar_t* out = text;
     if (value < 0) *out++ = L'-';
     const size_t whole = digitCount > decimals ? digitCount - decimals : 0;
@@ -496,15 +543,10 @@ void Printer::Platform(const wchar_t* conversion, size_t length)
     const size_t room = m_out.Room();
     const int written = text ? _snwprintf(m_out.Cursor(), room, conversion, pointer)
                              : _snwprintf(m_out.Cursor(), room, conversion, value);
-    if (written < 0)
-    {
-        // Cut to the room, which it filled.
-        m_out.Advance(room);
-        m_status = kFormatOverflow;
-        return;
-    }
-    m_out.Advance(static_cast<size_t>(written));
-    m_status = S_OK;
+    // Cut to the room, which it filled. The terminator a "%c" of 0 writes is not counted, as in
+    // the unbounded forms: the next text goes over it and the length stays the string's.
+    m_out.Advance(wcsnlen(m_out.Cursor(), written < 0 ? room : static_cast<size_t>(written)));
+    m_status = written < 0 ? kFormatOverflow : S_OK;
 }
 
 } // namespace

@@ -2,6 +2,7 @@
 #include "tqnumtext.h"
 
 #include "numberlocale.h"
+#include "scratchtext.h"
 
 #include <string.h>
 
@@ -15,13 +16,19 @@ enum class Shape
     GroupedDecimal, // both
 };
 
+// Everyday numbers, grouped or not, fit these on the stack.
+constexpr size_t kLocalDigits = 64;
+constexpr size_t kLocalNumber = 256;
+// The longest separator a locale text holds.
+constexpr size_t kMaxSeparator = sizeof(LocaleText::text) / sizeof(wchar_t) - 1;
+
 bool IsDigit(wchar_t c)
 {
     return c >= L'0' && c <= L'9';
 }
 
-// The number inside a text such as "  -1,234.50 dB": where it starts and ends, its digits in the
-// plain form GetNumberFormatW reads (without sign or grouping), and its count of decimals.
+// The number inside a text such as "  -1,234.50 dB": where it starts and ends, how long its digit
+// text is, and its count of decimals.
 struct NumberSpan
 {
     const wchar_t* begin = nullptr;
@@ -29,10 +36,12 @@ struct NumberSpan
     bool negative = false;
     bool hasDigits = false;
     int decimals = 0;
-    wchar_t digits[80] = {};
+    size_t length = 0;
 };
 
-NumberSpan FindNumber(const wchar_t* text)
+// Finds the number and writes its digits, in the plain form GetNumberFormatW reads (without sign
+// or grouping), to digits, which has room for as many characters as the text plus one.
+NumberSpan FindNumber(const wchar_t* text, wchar_t* digits)
 {
     NumberSpan span;
     const wchar_t* c = text;
@@ -44,21 +53,20 @@ NumberSpan FindNumber(const wchar_t* text)
         span.negative = true;
         ++c;
     }
-    int length = 0;
+    size_t length = 0;
     bool inFraction = false;
-    const int limit = static_cast<int>(sizeof(span.digits) / sizeof(wchar_t)) - 1;
     for (;; ++c)
     {
         if (IsDigit(*c))
         {
             span.hasDigits = true;
-            if (length < limit) span.digits[length++] = *c;
+            digits[length++] = *c;
             if (inFraction) ++span.decimals;
         }
         else if (*c == L'.' && !inFraction)
         {
             inFraction = true;
-            if (length < limit) span.digits[length++] = L'.';
+            digits[length++] = L'.';
         }
         else if (*c != L',' || inFraction || !IsDigit(c[1]))
         {
@@ -66,9 +74,103 @@ NumberSpan FindNumber(const wchar_t* text)
             break;
         }
     }
-    span.digits[length] = L'\0';
+    digits[length] = L'\0';
+    span.length = length;
     span.end = c;
     return span;
+}
+
+// The group sizes of a NUMBERFMT, from the decimal point leftwards: 32 is a group of 3, then
+// groups of 2 for ever; a last 0 ends the grouping, so 30 makes one group of 3 and no more.
+class GroupSizes
+{
+public:
+    explicit GroupSizes(UINT grouping)
+    {
+        for (; grouping && m_count < kMaxGroups; grouping /= 10)
+            m_sizes[m_count++] = grouping % 10;
+        m_next = m_count;
+    }
+    // The size of the next group; 0 when no more separators come.
+    UINT Next()
+    {
+        if (m_next > 0) return m_sizes[--m_next];
+        return m_count > 0 ? m_sizes[0] : 0;
+    }
+
+private:
+    static constexpr int kMaxGroups = 10;
+    UINT m_sizes[kMaxGroups] = {};
+    int m_count = 0;
+    int m_next = 0;
+};
+
+// What GetNumberFormatW makes of a plain digit text, for texts it cannot take: under Wine it
+// builds its result in a fixed buffer of 256 characters and overruns it. The decimals are rounded
+// half up on the first dropped digit, as there. Writes the number into out, which has room for
+// room characters, and returns its length, or 0 when the memory for the digits cannot be had.
+int FormatLongNumber(const wchar_t* digits, const NUMBERFMTW& format, wchar_t* out, size_t room)
+{
+    const wchar_t* point = wcschr(digits, L'.');
+    const wchar_t* integer = digits;
+    const wchar_t* integerEnd = point ? point : digits + wcslen(digits);
+    while (integer != integerEnd && *integer == L'0')
+        ++integer;
+    const wchar_t* fraction = point ? point + 1 : integerEnd;
+    const size_t fractionLength = wcslen(fraction);
+    const size_t integerLength = static_cast<size_t>(integerEnd - integer);
+    const size_t places = format.NumDigits;
+
+    // The kept digits, behind a "0" that a carry out of the rounding can turn into a "1".
+    ScratchText<kLocalNumber> kept;
+    wchar_t* k = kept.Reserve(1 + integerLength + places);
+    if (!k) return 0;
+    k[0] = L'0';
+    wmemcpy(k + 1, integer, integerLength);
+    const size_t copied = places < fractionLength ? places : fractionLength;
+    wmemcpy(k + 1 + integerLength, fraction, copied);
+    wmemset(k + 1 + integerLength + copied, L'0', places - copied);
+    if (places < fractionLength && fraction[places] >= L'5')
+    {
+        wchar_t* d = k + integerLength + places;
+        for (; *d == L'9'; --d)
+            *d = L'0';
+        ++*d;
+    }
+    const wchar_t* first = k[0] == L'0' ? k + 1 : k;
+    const size_t wholeDigits = integerLength + (first == k ? 1 : 0);
+
+    // Written from the right, then moved to the front.
+    wchar_t* const end = out + room;
+    wchar_t* w = end;
+    const size_t decimalLength = wcslen(format.lpDecimalSep);
+    const size_t thousandLength = wcslen(format.lpThousandSep);
+    if (places > 0)
+    {
+        w -= places;
+        wmemcpy(w, first + wholeDigits, places);
+        w -= decimalLength;
+        wmemcpy(w, format.lpDecimalSep, decimalLength);
+    }
+    GroupSizes groups(format.Grouping);
+    UINT group = groups.Next();
+    UINT inGroup = 0;
+    for (size_t i = wholeDigits; i-- > 0;)
+    {
+        if (group != 0 && inGroup == group)
+        {
+            w -= thousandLength;
+            wmemcpy(w, format.lpThousandSep, thousandLength);
+            group = groups.Next();
+            inGroup = 0;
+        }
+        *--w = first[i];
+        ++inGroup;
+    }
+    if (wholeDigits == 0 && (format.LeadingZero || places == 0)) *--w = L'0';
+    const size_t length = static_cast<size_t>(end - w);
+    wmemmove(out, w, length);
+    return static_cast<int>(length);
 }
 
 int Format(const wchar_t* text, wchar_t* buffer, int capacity, Shape shape, int decimals)
@@ -77,7 +179,10 @@ int Format(const wchar_t* text, wchar_t* buffer, int capacity, Shape shape, int 
     buffer[0] = L'\0';
     if (!text) return 0;
 
-    const NumberSpan span = FindNumber(text);
+    const size_t textLength = wcslen(text);
+    ScratchText<kLocalDigits> digits;
+    if (!digits.Reserve(textLength + 1)) return 0;
+    const NumberSpan span = FindNumber(text, digits.Get());
     const int prefixLength = static_cast<int>(span.begin - text);
     // msvcrt writes infinities and NaNs as "1.#INF00": no number to localise.
     if (!span.hasDigits || *span.end == L'#')
@@ -118,13 +223,28 @@ int Format(const wchar_t* text, wchar_t* buffer, int capacity, Shape shape, int 
         break;
     }
 
+    // More decimals than the buffer holds cannot fit, and must not size the number's buffer.
+    if (format.NumDigits >= static_cast<UINT>(capacity)) return 0;
+    // At most a separator behind every digit, the decimals asked for, a leading zero and a digit
+    // carried out of the rounding.
+    const size_t numberRoom = span.length * (1 + kMaxSeparator) + format.NumDigits + 3;
+    ScratchText<kLocalNumber> number;
+    if (numberRoom > 0x7FFFFFFF || !number.Reserve(numberRoom)) return 0;
+
     // The magnitude is formatted and the sign put in front by hand: the system always writes a
     // plain "-", whatever sign the locale uses.
-    wchar_t number[256];
-    const int numberChars = GetNumberFormatW(LOCALE_USER_DEFAULT, 0, span.digits, &format, number,
-                                             static_cast<int>(sizeof(number) / sizeof(wchar_t)));
-    if (numberChars <= 0) return 0;
-    const int numberLength = numberChars - 1;
+    int numberLength;
+    if (numberRoom <= kLocalNumber)
+    {
+        numberLength = GetNumberFormatW(LOCALE_USER_DEFAULT, 0, digits.Get(), &format, number.Get(),
+                                        static_cast<int>(numberRoom)) -
+                       1;
+    }
+    else
+    {
+        numberLength = FormatLongNumber(digits.Get(), format, number.Get(), numberRoom);
+    }
+    if (numberLength <= 0) return 0;
     const int signLength = span.negative ? 1 : 0;
     const int suffixLength = lstrlenW(span.end);
     const int total = prefixLength + signLength + numberLength + suffixLength;
@@ -134,7 +254,7 @@ int Format(const wchar_t* text, wchar_t* buffer, int capacity, Shape shape, int 
     memcpy(out, text, prefixLength * sizeof(wchar_t));
     out += prefixLength;
     if (span.negative) *out++ = L'-';
-    memcpy(out, number, numberLength * sizeof(wchar_t));
+    memcpy(out, number.Get(), numberLength * sizeof(wchar_t));
     out += numberLength;
     memcpy(out, span.end, (suffixLength + 1) * sizeof(wchar_t));
     return total;

@@ -177,6 +177,55 @@ TEST_F(PrintF, FixedPoint)
     EXPECT_EQ(Print(L"$.2z", 1234567), L"12.345,67");
 }
 
+// What the C library makes of one conversion, to compare long results with.
+template <class Value>
+std::wstring CFormatted(const wchar_t* format, Value value)
+{
+    wchar_t buffer[2048];
+    const int length = _snwprintf(buffer, 2048, format, value);
+    EXPECT_GT(length, 0);
+    return std::wstring(buffer, static_cast<size_t>(length));
+}
+
+// English grouping of a plain number text, done by hand.
+std::wstring GroupedInThrees(const std::wstring& number)
+{
+    const size_t point = number.find(L'.');
+    const size_t end = point == std::wstring::npos ? number.size() : point;
+    const size_t first = number[0] == L'-' ? 1 : 0;
+    std::wstring result = number.substr(0, first);
+    for (size_t i = first; i < end; ++i)
+    {
+        if (i > first && (end - i) % 3 == 0) result += L',';
+        result += number[i];
+    }
+    return result + number.substr(end);
+}
+
+TEST_F(PrintF, NumbersOfManyDigitsKeepEveryDigit)
+{
+    EXPECT_EQ(Print(L"$f", 1e100), GroupedInThrees(CFormatted(L"%f", 1e100)));
+    EXPECT_EQ(Print(L"$.2f", -1e300), GroupedInThrees(CFormatted(L"%.2f", -1e300)));
+    EXPECT_EQ(Print(L"$.120f", 0.5), CFormatted(L"%.120f", 0.5));
+    EXPECT_EQ(Print(L"$.100g", 1.0 / 3.0), CFormatted(L"%.100g", 1.0 / 3.0));
+    EXPECT_EQ(Print(L"$300d", 1234), std::wstring(296, L' ') + L"1,234");
+    std::wstring digits;
+    for (int i = 0; i < 100; ++i)
+        digits += static_cast<wchar_t>(L'1' + i % 9);
+    const std::wstring parenthesised = L"$(" + digits + L"." + digits.substr(0, 90) + L")";
+    EXPECT_EQ(Print(parenthesised.c_str()), GroupedInThrees(digits + L"." + digits.substr(0, 90)));
+    EXPECT_EQ(Print(L"%.80z", 12345), L"0." + std::wstring(75, L'0') + L"12345");
+    EXPECT_EQ(Print(L"$.80z", -1234567), L"-0." + std::wstring(73, L'0') + L"1234567");
+}
+
+TEST_F(PrintF, CFormattingOfAnyLengthIsWrittenWhole)
+{
+    EXPECT_EQ(Print(L"<%f>", 1e300), L"<" + CFormatted(L"%f", 1e300) + L">");
+    EXPECT_EQ(Print(L"%.300e", 1.5), CFormatted(L"%.300e", 1.5));
+    EXPECT_EQ(Print(L"%300d|%d", -5, 6), std::wstring(298, L' ') + L"-5|6");
+    EXPECT_EQ(Print(L"%400I64d", 1LL), std::wstring(399, L' ') + L"1");
+}
+
 TEST_F(PrintF, ParenthesisedNumbers)
 {
     EXPECT_EQ(Print(L"$(1234.50)"), L"1,234.50");
@@ -211,8 +260,8 @@ struct Bounded
 
 Bounded PrintN(size_t capacity, const wchar_t* format, ...)
 {
-    wchar_t buffer[64];
-    wmemset(buffer, L'#', 64);
+    wchar_t buffer[1100];
+    wmemset(buffer, L'#', 1100);
     Bounded result{};
     va_list args;
     va_start(args, format);
@@ -256,6 +305,65 @@ TEST_F(PrintF, BoundedLocaleConversionThatDoesNotFitWritesNothing)
     const Bounded exact = PrintN(10, L"$d", 1234567);
     EXPECT_EQ(exact.status, S_OK);
     EXPECT_EQ(exact.text, L"1,234,567");
+}
+
+TEST_F(PrintF, BoundedLongCFormattingIsCutAtTheCapacity)
+{
+    const std::wstring whole = CFormatted(L"%f", 1e300);
+    const Bounded fits = PrintN(1000, L"%f", 1e300);
+    EXPECT_EQ(fits.status, S_OK);
+    EXPECT_EQ(fits.text, whole);
+    const Bounded cut = PrintN(100, L"%f", 1e300);
+    EXPECT_EQ(cut.status, kFormatOverflow);
+    EXPECT_EQ(cut.text, whole.substr(0, 99));
+    const Bounded padded = PrintN(1000, L"%300d", 7);
+    EXPECT_EQ(padded.status, S_OK);
+    EXPECT_EQ(padded.text, std::wstring(299, L' ') + L"7");
+    // Through the locale formatter it fits whole or not at all.
+    const Bounded grouped = PrintN(1000, L"$f", 1e300);
+    EXPECT_EQ(grouped.status, S_OK);
+    EXPECT_EQ(grouped.text, GroupedInThrees(whole));
+    // However wide the format, a bounded form makes no more than fits.
+    const Bounded wide = PrintN(16, L"%999999999d", 5);
+    EXPECT_EQ(wide.status, kFormatOverflow);
+    EXPECT_EQ(wide.text, std::wstring(15, L' '));
+    EXPECT_EQ(PrintN(16, L"$999999999d", 5).status, TQ_E_BUFFERTOOSMALL);
+    const Bounded refused = PrintN(200, L"x$f", 1e300);
+    EXPECT_EQ(refused.status, TQ_E_BUFFERTOOSMALL);
+    EXPECT_EQ(refused.text, L"x");
+}
+
+TEST_F(PrintF, FixedPointOfUpTo259Decimals)
+{
+    for (const int decimals : {244, 245, 250, 258, 259})
+    {
+        const std::wstring format = L"%." + std::to_wstring(decimals) + L"z";
+        const std::wstring grouped = L"$." + std::to_wstring(decimals) + L"z";
+        const std::wstring zeros(static_cast<size_t>(decimals - 5), L'0');
+        EXPECT_EQ(Print(format.c_str(), 12345), L"0." + zeros + L"12345") << decimals;
+        EXPECT_EQ(Print(grouped.c_str(), -12345), L"-0." + zeros + L"12345") << decimals;
+        const Bounded bounded = PrintN(1000, format.c_str(), INT_MIN);
+        EXPECT_EQ(bounded.status, S_OK) << decimals;
+        EXPECT_EQ(bounded.text,
+                  L"-0." + std::wstring(static_cast<size_t>(decimals - 10), L'0') + L"2147483648");
+    }
+}
+
+TEST_F(PrintF, FixedPointBeyond259DecimalsIsRefused)
+{
+    const Bounded r = PrintN(1000, L"a%.260zb", 5);
+    EXPECT_EQ(r.status, TQ_E_BUFFERTOOSMALL);
+    EXPECT_EQ(r.text, L"ab");
+    EXPECT_EQ(Print(L"a%.99999999999999999999999z|%d", 5, 6), L"a|6");
+}
+
+// The terminator a "%c" of 0 writes is no character of the text: the length never counts it.
+TEST_F(PrintF, CharacterZeroAddsNothingInBothForms)
+{
+    EXPECT_EQ(Print(L"a%cb", 0), L"ab");
+    const Bounded r = PrintN(16, L"a%cb", 0);
+    EXPECT_EQ(r.status, S_OK);
+    EXPECT_EQ(r.text, L"ab");
 }
 
 TEST_F(PrintF, BoundedStatusIsThatOfTheLastConversion)

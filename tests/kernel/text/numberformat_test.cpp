@@ -122,4 +122,93 @@ TEST(FormatNumber, CapacityCountsTheTerminator)
     EXPECT_STREQ(buffer, L"");
 }
 
+// A digit text grouped in threes with commas, the English form, to compare long results with.
+std::wstring GroupedInThrees(const std::wstring& number)
+{
+    const size_t point = number.find(L'.');
+    const size_t end = point == std::wstring::npos ? number.size() : point;
+    const size_t first = number[0] == L'-' ? 1 : 0;
+    std::wstring result = number.substr(0, first);
+    for (size_t i = first; i < end; ++i)
+    {
+        if (i > first && (end - i) % 3 == 0) result += L',';
+        result += number[i];
+    }
+    return result + number.substr(end);
+}
+
+std::wstring FormatLong(Kind kind, const std::wstring& text, int decimals = -1)
+{
+    std::wstring buffer(2048, L'#');
+    const int capacity = static_cast<int>(buffer.size());
+    int length = 0;
+    switch (kind)
+    {
+    case Kind::Number:
+        length = TqFormatNumber(text.c_str(), buffer.data(), capacity);
+        break;
+    case Kind::Decimal:
+        length = TqFormatDecimalNumber(text.c_str(), buffer.data(), capacity);
+        break;
+    case Kind::GroupDecimal:
+        length = TqFormatGroupDecimalNumber(text.c_str(), buffer.data(), capacity, decimals);
+        break;
+    }
+    buffer.resize(wcslen(buffer.c_str()));
+    EXPECT_EQ(static_cast<size_t>(length), buffer.size());
+    return buffer;
+}
+
+TEST(FormatNumber, LongDigitTextsFollowTheLocale)
+{
+    // Long enough to be grouped without the platform's help.
+    const std::wstring number = L"12345678901234567890123456789012345678901234567890";
+    {
+        ScopedNumberLocale locale(German());
+        std::wstring expected = GroupedInThrees(number);
+        for (wchar_t& c : expected)
+            if (c == L',') c = L'.';
+        EXPECT_EQ(FormatLong(Kind::GroupDecimal, number + L".25"), expected + L",25");
+    }
+    {
+        ScopedNumberLocale locale(Indian());
+        EXPECT_EQ(FormatLong(Kind::Number, number),
+                  L"1,23,45,67,89,01,23,45,67,89,01,23,45,67,89,01,23,45,67,89,01,23,45,67,890");
+    }
+    {
+        auto bare = English();
+        bare.leadingZero = 0;
+        ScopedNumberLocale locale(bare);
+        EXPECT_EQ(FormatLong(Kind::GroupDecimal, L"0.5", 60), L".5" + std::wstring(59, L'0'));
+    }
+}
+
+TEST(FormatNumber, LongDigitTextsKeepEveryDigit)
+{
+    ScopedNumberLocale locale(English());
+    std::wstring digits;
+    for (int i = 0; i < 400; ++i)
+        digits += static_cast<wchar_t>(L'1' + i % 9);
+    for (const size_t length : {79u, 80u, 81u, 100u, 255u, 256u, 400u})
+    {
+        const std::wstring number = digits.substr(0, length);
+        EXPECT_EQ(FormatLong(Kind::Number, number), GroupedInThrees(number)) << length;
+        EXPECT_EQ(FormatLong(Kind::Number, L"-" + number + L" dB"),
+                  L"-" + GroupedInThrees(number) + L" dB")
+            << length;
+        const std::wstring fraction = L"0." + number;
+        EXPECT_EQ(FormatLong(Kind::Decimal, fraction), fraction) << length;
+        EXPECT_EQ(FormatLong(Kind::GroupDecimal, fraction), fraction) << length;
+        const std::wstring mixed = number + L"." + number;
+        EXPECT_EQ(FormatLong(Kind::GroupDecimal, mixed), GroupedInThrees(mixed)) << length;
+        // Rounding on the first dropped digit carries through every nine.
+        EXPECT_EQ(FormatLong(Kind::GroupDecimal, std::wstring(length, L'9') + L".95", 1),
+                  GroupedInThrees(L"1" + std::wstring(length, L'0') + L".0"))
+            << length;
+        // Decimals asked for beyond the text's own are zeros.
+        EXPECT_EQ(FormatLong(Kind::GroupDecimal, number, 3), GroupedInThrees(number) + L".000")
+            << length;
+    }
+}
+
 } // namespace
