@@ -47,6 +47,21 @@ struct WindowDeleter
 
 } // namespace
 
+HWND CreateEditorWindow(const wchar_t* title)
+{
+    WNDCLASSW windowClass = {};
+    windowClass.lpfnWndProc = EditorWindowProc;
+    windowClass.hInstance = GetModuleHandleW(nullptr);
+    windowClass.hCursor = LoadCursorW(nullptr, IDC_ARROW);
+    // Whatever the editor leaves uncovered is painted in the dialog colour, not left black.
+    windowClass.hbrBackground = GetSysColorBrush(COLOR_BTNFACE);
+    windowClass.lpszClassName = kWindowClass;
+    RegisterClassW(&windowClass);
+    const DWORD style = WS_OVERLAPPED | WS_CAPTION | WS_SYSMENU | WS_MINIMIZEBOX;
+    return CreateWindowExW(0, kWindowClass, title, style, CW_USEDEFAULT, CW_USEDEFAULT, 200, 100,
+                           nullptr, nullptr, GetModuleHandleW(nullptr), nullptr);
+}
+
 int RunEditor(const Options& options)
 {
     if (options.arguments.size() != 1)
@@ -63,18 +78,9 @@ int RunEditor(const Options& options)
     if (!(info.flags & kHasEditorFlag))
         return ReportFailure(session.path + L" has no editor", E_NOTIMPL);
 
-    WNDCLASSW windowClass = {};
-    windowClass.lpfnWndProc = EditorWindowProc;
-    windowClass.hInstance = GetModuleHandleW(nullptr);
-    windowClass.hCursor = LoadCursorW(nullptr, IDC_ARROW);
-    windowClass.lpszClassName = kWindowClass;
-    RegisterClassW(&windowClass);
     WCHAR name[64] = {};
     effect->GetEffectName(name, 64);
-    const DWORD style = WS_OVERLAPPED | WS_CAPTION | WS_SYSMENU | WS_MINIMIZEBOX;
-    WindowDeleter host{CreateWindowExW(0, kWindowClass, name, style, CW_USEDEFAULT, CW_USEDEFAULT,
-                                       200, 100, nullptr, nullptr, GetModuleHandleW(nullptr),
-                                       nullptr)};
+    WindowDeleter host{CreateEditorWindow(name)};
     if (!host.window)
         return ReportFailure(L"could not create the editor's window",
                              HRESULT_FROM_WIN32(GetLastError()));

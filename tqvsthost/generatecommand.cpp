@@ -48,7 +48,7 @@ int RunGenerate(const Options& options)
         return ReportFailure(L"not a usable path", HRESULT_FROM_WIN32(ERROR_BAD_PATHNAME));
     WavWriter writer;
     HRESULT hr = writer.Create(path, SineFormat());
-    if (FAILED(hr)) return ReportFailure(L"could not create " + path, hr);
+    if (FAILED(hr)) return ReportFailure(L"could not create " + path, hr, {ResultArea::Wave, path});
 
     const UINT64 total = static_cast<UINT64>(std::llround(options.seconds * kRate));
     std::vector<INT16> samples(size_t(kBlockFrames) * kChannels);
@@ -64,11 +64,13 @@ int RunGenerate(const Options& options)
                 samples[size_t(i) * kChannels + channel] = value;
         }
         hr = writer.Write(samples.data(), frames);
-        if (FAILED(hr)) return ReportFailure(L"could not write " + path, hr);
+        if (FAILED(hr))
+            return ReportFailure(L"could not write " + path, hr, {ResultArea::Wave, path});
         frame += frames;
     }
     hr = writer.Commit();
-    if (FAILED(hr)) return ReportFailure(L"could not complete " + path, hr);
+    if (FAILED(hr))
+        return ReportFailure(L"could not complete " + path, hr, {ResultArea::Wave, path});
     wprintf(L"Wrote %llu frames of a %.0f Hz sine at %.2f dBFS, stereo, 16-bit, %lu Hz: %ls\n",
             total, kFrequency, 20.0 * std::log10(kAmplitude), kRate, path.c_str());
     return 0;

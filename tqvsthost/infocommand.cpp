@@ -7,12 +7,15 @@
 #include "vstclient.h"
 
 #include <cstdio>
+#include <set>
 #include <string>
 
 namespace tqhost {
 namespace {
 
 constexpr UINT32 kTextCapacity = 64;
+// Far more sub-plug-ins than any shell bundles; a list that goes on is a shell out of order.
+constexpr size_t kMaxSubPlugins = 10000;
 
 const wchar_t* LocationName(int location)
 {
@@ -71,7 +74,8 @@ void PrintFacts(const wchar_t* name, const wchar_t* vendor, const wchar_t* produ
     wprintf(L"State:            0x%X (%ls)\n", info.state, DescribeState(info.state).c_str());
 }
 
-// A shell's sub-plug-ins come from an effect made without an id.
+// A shell's sub-plug-ins come from an effect made without an id. The list ends at the first id
+// seen twice: a shell whose list faults answers the same -1 for ever.
 int PrintShell(ITqVstEffectFactory* factory, const wchar_t* path)
 {
     tq::ComPtr<ITqVstEffect> shell;
@@ -82,13 +86,33 @@ int PrintShell(ITqVstEffectFactory* factory, const wchar_t* path)
     wprintf(L"Shell plug-in; sub-plug-ins (choose one with --id):\n");
     UINT32 id = 0;
     WCHAR name[kTextCapacity] = {};
-    int count = 0;
+    std::set<UINT32> seen;
     while (shell->GetNextShellPlugin(&id, name, kTextCapacity) == S_OK)
     {
+        if (!seen.insert(id).second)
+        {
+            wprintf(L"%zu sub-plug-ins\n", seen.size());
+            // A fault in the shell's dispatcher reaches the host as the id 0xFFFFFFFF.
+            if (id == 0xFFFFFFFF)
+                fwprintf(stderr, L"tqvsthost: the list stops here: the shell faults when asked "
+                                 L"for its next sub-plug-in\n");
+            else
+                fwprintf(stderr,
+                         L"tqvsthost: the list stops here: the shell named '%ls' (0x%08X) a "
+                         L"second time\n",
+                         FourCharacters(id).c_str(), id);
+            return 1;
+        }
+        if (seen.size() > kMaxSubPlugins)
+        {
+            wprintf(L"%zu sub-plug-ins\n", kMaxSubPlugins);
+            fwprintf(stderr, L"tqvsthost: the list stops here: the shell names more than %zu\n",
+                     kMaxSubPlugins);
+            return 1;
+        }
         wprintf(L"  '%ls' (0x%08X)  %ls\n", FourCharacters(id).c_str(), id, name);
-        ++count;
     }
-    wprintf(L"%d sub-plug-ins\n", count);
+    wprintf(L"%zu sub-plug-ins\n", seen.size());
     return 0;
 }
 
@@ -118,8 +142,8 @@ int RunInfo(const Options& options)
     int exitCode = 0;
     if (FAILED(hr))
     {
-        const std::wstring what = std::wstring(L"could not load ") + path;
-        exitCode = ReportFailure(what.c_str(), hr);
+        exitCode =
+            ReportFailure(std::wstring(L"could not load ") + path, hr, {ResultArea::Plugin, path});
     }
     else
     {

@@ -43,7 +43,11 @@ bool OpenPlugin(const Options& options, const std::wstring& file, PluginSession&
     hr = session.factory.Get()->CreateEffect(session.path.c_str(), options.id.value_or(0),
                                              IID_ITqVstEffect, session.effect.PutVoid());
     if (SUCCEEDED(hr) && !session.effect) hr = E_FAIL;
-    if (FAILED(hr)) return fail(L"could not load " + session.path, hr);
+    if (FAILED(hr))
+    {
+        ReportFailure(L"could not load " + session.path, hr, {ResultArea::Plugin, session.path});
+        return false;
+    }
     return true;
 }
 
@@ -52,13 +56,15 @@ bool ApplySettings(const Options& options, ITqVstEffect* effect)
     HRESULT hr = S_OK;
     if (!options.presetFile.empty() && FAILED(hr = LoadPresetFile(effect, options.presetFile)))
     {
-        ReportFailure(L"could not load the preset " + options.presetFile, hr);
+        ReportFailure(L"could not load the preset " + options.presetFile, hr,
+                      {ResultArea::Preset, options.presetFile});
         return false;
     }
     if (!options.bankFile.empty() &&
         FAILED(hr = LoadBankFile(effect, options.bankFile, options.program.value_or(0))))
     {
-        ReportFailure(L"could not load the bank " + options.bankFile, hr);
+        ReportFailure(L"could not load the bank " + options.bankFile, hr,
+                      {ResultArea::Preset, options.bankFile});
         return false;
     }
     TqVstEffectInfo info = {};

@@ -15,6 +15,13 @@ HRESULT OpenForReading(const std::wstring& path, tq::ComPtr<IStream>& stream)
                                   FILE_ATTRIBUTE_NORMAL, FALSE, nullptr, stream.Put());
 }
 
+// A stream lent to a server stays referenced by its stub until the server lets go, and a server
+// that died never does: cutting those references closes the file when the stream is released.
+void TakeBack(IStream* stream)
+{
+    CoDisconnectObject(stream, 0);
+}
+
 } // namespace
 
 bool IsBankFile(const std::wstring& path)
@@ -25,15 +32,21 @@ bool IsBankFile(const std::wstring& path)
 HRESULT LoadPresetFile(ITqVstEffect* effect, const std::wstring& path)
 {
     tq::ComPtr<IStream> stream;
-    const HRESULT hr = OpenForReading(path, stream);
-    return FAILED(hr) ? hr : effect->LoadPreset(stream.Get());
+    HRESULT hr = OpenForReading(path, stream);
+    if (FAILED(hr)) return hr;
+    hr = effect->LoadPreset(stream.Get());
+    TakeBack(stream.Get());
+    return hr;
 }
 
 HRESULT LoadBankFile(ITqVstEffect* effect, const std::wstring& path, UINT32 program)
 {
     tq::ComPtr<IStream> stream;
-    const HRESULT hr = OpenForReading(path, stream);
-    return FAILED(hr) ? hr : effect->LoadBank(stream.Get(), program);
+    HRESULT hr = OpenForReading(path, stream);
+    if (FAILED(hr)) return hr;
+    hr = effect->LoadBank(stream.Get(), program);
+    TakeBack(stream.Get());
+    return hr;
 }
 
 HRESULT SavePresetOrBankFile(ITqVstEffect* effect, const std::wstring& path, UINT32* bytes)
@@ -48,6 +61,7 @@ HRESULT SavePresetOrBankFile(ITqVstEffect* effect, const std::wstring& path, UIN
         if (FAILED(hr)) return hr;
         hr = IsBankFile(path) ? effect->SaveBank(stream.Get(), bytes)
                               : effect->SavePreset(stream.Get(), bytes);
+        TakeBack(stream.Get());
         if (SUCCEEDED(hr)) hr = stream->Commit(STGC_DEFAULT);
     }
     if (SUCCEEDED(hr) && !MoveFileExW(temporary.c_str(), path.c_str(), MOVEFILE_REPLACE_EXISTING))

@@ -10,6 +10,7 @@
 #include <algorithm>
 #include <cmath>
 #include <cstdio>
+#include <string>
 #include <vector>
 
 namespace tqhost {
@@ -17,6 +18,9 @@ namespace {
 
 // Files longer than this many frames show how far the processing got.
 constexpr UINT64 kProgressThresholdFrames = 10ull * 48000;
+// Each of the four block buffers stays below this, whatever the channel count, so that a block
+// can be allocated and its size counted in 32 bits.
+constexpr size_t kMaxBufferBytes = size_t(64) << 20;
 
 // The loudest sample of a block, measured in float so every sample type reads alike.
 class PeakMeter
@@ -85,6 +89,20 @@ bool Prepare(ITqVstEffect* effect, const WAVEFORMATEX* format, UINT32 hostType, 
     return false;
 }
 
+// The plug-in's output channels fill the file's first channels; the file's others are silenced.
+void PrintMutedChannels(ITqVstEffect* effect, UINT32 channels)
+{
+    TqVstEffectInfo info = {};
+    if (FAILED(effect->GetEffectInfo(&info)) || info.numOutputs >= channels) return;
+    const UINT32 first = info.numOutputs + 1;
+    if (first == channels)
+        wprintf(L"Muted channel %u of %u: the plug-in has %u outputs\n", first, channels,
+                info.numOutputs);
+    else
+        wprintf(L"Muted channels %u to %u of %u: the plug-in has %u outputs\n", first, channels,
+                channels, info.numOutputs);
+}
+
 } // namespace
 
 int RunProcess(const Options& options)
@@ -103,15 +121,26 @@ int RunProcess(const Options& options)
 
     WavReader reader;
     HRESULT hr = reader.Open(input);
-    if (FAILED(hr)) return ReportFailure(L"could not read " + input + L" as a WAV file", hr);
+    if (FAILED(hr))
+        return ReportFailure(L"could not read " + input + L" as a WAV file", hr,
+                             {ResultArea::Wave, input});
     const WAVEFORMATEX* format = reader.Format().Header();
     const TQSAMPLETYPE fileType = TqAudio_GetSampleType(format);
     if (fileType == TQSAMPLE_NONE)
         return ReportFailure(input + L" holds compressed or unknown samples",
                              HRESULT_FROM_WIN32(ERROR_NOT_SUPPORTED));
+    const UINT32 channels = format->nChannels;
+    // Every copy steps by channels times the sample size; a frame of any other size is not a
+    // plain sample format, and reading it as one runs past the buffers.
+    const UINT32 frameBytes = channels * TqAudio_BytesFromSampleType(fileType);
+    if (format->nBlockAlign != frameBytes)
+        return ReportFailure(input + L": a frame of " + std::to_wstring(channels) +
+                                 L" channels of " + SampleTypeName(fileType) + L" is " +
+                                 std::to_wstring(frameBytes) + L" bytes, the header says " +
+                                 std::to_wstring(format->nBlockAlign),
+                             HRESULT_FROM_WIN32(ERROR_NOT_SUPPORTED));
     const auto hostType = static_cast<TQSAMPLETYPE>(options.sampleType.value_or(fileType));
     const UINT32 hostBytes = TqAudio_BytesFromSampleType(hostType);
-    const UINT32 channels = format->nChannels;
     const bool convert = hostType != fileType;
     if (convert && (!TqAudio_GetCopyFunction2(hostType, fileType) ||
                     !TqAudio_GetCopyFunction2(fileType, hostType)))
@@ -123,12 +152,15 @@ int RunProcess(const Options& options)
     if (!OpenPlugin(options, options.arguments[0], session)) return 1;
     ITqVstEffect* effect = session.effect.Get();
     if (!ApplySettings(options, effect)) return 1;
-    const UINT32 block = options.blockFrames;
+    const size_t widestFrame = std::max<size_t>(frameBytes, size_t(channels) * hostBytes);
+    const auto block = static_cast<UINT32>(
+        std::clamp<size_t>(kMaxBufferBytes / widestFrame, 1, options.blockFrames));
     if (!Prepare(effect, format, hostType, block)) return 1;
 
     WavWriter writer;
     hr = writer.Create(output, reader.Format());
-    if (FAILED(hr)) return ReportFailure(L"could not create " + output, hr);
+    if (FAILED(hr))
+        return ReportFailure(L"could not create " + output, hr, {ResultArea::Wave, output});
 
     const size_t fileBlockBytes = size_t(block) * format->nBlockAlign;
     const size_t hostBlockBytes = size_t(block) * channels * hostBytes;
@@ -143,7 +175,8 @@ int RunProcess(const Options& options)
     {
         UINT32 frames = 0;
         hr = reader.Read(fileIn.data(), block, &frames);
-        if (FAILED(hr)) return ReportFailure(L"could not read " + input, hr);
+        if (FAILED(hr))
+            return ReportFailure(L"could not read " + input, hr, {ResultArea::Wave, input});
         if (frames == 0) break;
         peakIn.Measure(fileType, fileIn.data(), channels, frames);
         if (convert)
@@ -158,7 +191,8 @@ int RunProcess(const Options& options)
                                static_cast<long>(frames), 1.0f);
         peakOut.Measure(fileType, fileOut.data(), channels, frames);
         hr = writer.Write(fileOut.data(), frames);
-        if (FAILED(hr)) return ReportFailure(L"could not write " + output, hr);
+        if (FAILED(hr))
+            return ReportFailure(L"could not write " + output, hr, {ResultArea::Wave, output});
         done += frames;
         const int percent = static_cast<int>(done * 100 / std::max<UINT64>(total, 1));
         if (showProgress && percent / 10 != shownPercent / 10)
@@ -170,10 +204,12 @@ int RunProcess(const Options& options)
     if (showProgress) fwprintf(stderr, L"\n");
     effect->Suspend(1);
     hr = writer.Commit();
-    if (FAILED(hr)) return ReportFailure(L"could not complete " + output, hr);
+    if (FAILED(hr))
+        return ReportFailure(L"could not complete " + output, hr, {ResultArea::Wave, output});
     wprintf(L"Processed %llu frames, %u channels, %u Hz, as %ls, through %ls\n", done, channels,
             static_cast<unsigned>(format->nSamplesPerSec), SampleTypeName(hostType),
             session.path.c_str());
+    PrintMutedChannels(effect, channels);
     if (options.location == 0)
         wprintf(L"Plug-in process: %lu (in process)\n", GetCurrentProcessId());
     else

@@ -26,11 +26,12 @@ int RunSavePreset(const Options& options)
     if (options.program && options.bankFile.empty())
     {
         const HRESULT hr = session.effect->SetProgram(static_cast<INT32>(*options.program));
-        if (FAILED(hr)) return ReportFailure(L"could not choose the program", hr);
+        if (FAILED(hr))
+            return ReportFailure(L"could not choose the program", hr, {ResultArea::Preset, {}});
     }
     UINT32 bytes = 0;
     const HRESULT hr = SavePresetOrBankFile(session.effect.Get(), path, &bytes);
-    if (FAILED(hr)) return ReportFailure(L"could not save " + path, hr);
+    if (FAILED(hr)) return ReportFailure(L"could not save " + path, hr, {ResultArea::Preset, path});
     wprintf(L"Saved %ls (%u bytes) to %ls\n", IsBankFile(path) ? L"the bank" : L"the program",
             bytes, path.c_str());
     return 0;

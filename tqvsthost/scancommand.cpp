@@ -62,7 +62,8 @@ std::string JsonOf(const ScanResult& result)
     swprintf(code, 16, L"0x%08X", static_cast<unsigned>(result.hr));
     JsonObject object;
     object.Add("path", result.path).Add("result", code).Add("outcome", Outcome(result.hr));
-    if (FAILED(result.hr)) object.Add("error", DescribeResult(result.hr));
+    if (FAILED(result.hr))
+        object.Add("error", DescribeResult(result.hr, {ResultArea::Plugin, result.path}));
     object.Add("name", result.name)
         .Add("vendor", result.vendor)
         .Add("product", result.product)
@@ -88,7 +89,8 @@ void PrintProgress(FILE* stream, size_t number, size_t total, const ScanResult& 
                  result.info.numOutputs, result.info.numParameters);
     else
         fwprintf(stream, L"%ls: 0x%08X (%ls)\n", Outcome(result.hr),
-                 static_cast<unsigned>(result.hr), DescribeResult(result.hr).c_str());
+                 static_cast<unsigned>(result.hr),
+                 DescribeResult(result.hr, {ResultArea::Plugin, result.path}).c_str());
     fflush(stream);
 }
 

@@ -2,8 +2,10 @@
 #include "wavefile.h"
 
 #include "riff.h"
+#include "tqwaveformat.h"
 
 #include <algorithm>
+#include <cstring>
 
 namespace tqhost {
 namespace {
@@ -19,7 +21,27 @@ HRESULT LastError()
     return error ? HRESULT_FROM_WIN32(error) : E_FAIL;
 }
 
+// Shifts each 32-bit word: right and sign-extending from the file, left to it. The low 8 bits
+// of a file's word are padding below the valid bits and are dropped; those written are zero.
+void ShiftWords(BYTE* bytes, size_t count, bool fromFile)
+{
+    for (size_t i = 0; i < count; ++i, bytes += 4)
+    {
+        INT32 word;
+        std::memcpy(&word, bytes, 4);
+        word = fromFile ? word >> 8 : static_cast<INT32>(static_cast<UINT32>(word) << 8);
+        std::memcpy(bytes, &word, 4);
+    }
+}
+
 } // namespace
+
+bool WavFormat::HighAligned24() const
+{
+    const WAVEFORMATEX* header = Header();
+    return header->wFormatTag == WAVE_FORMAT_EXTENSIBLE &&
+           TqAudio_GetSampleType(header) == TQSAMPLE_UNPACKED24;
+}
 
 HRESULT WavReader::Open(const std::wstring& path)
 {
@@ -43,6 +65,7 @@ HRESULT WavReader::Open(const std::wstring& path)
     const WAVEFORMATEX* header = m_format.Header();
     if (header->nBlockAlign == 0 || header->nChannels == 0) return TQ_E_CORRUPTFILE;
     m_frameBytes = header->nBlockAlign;
+    m_highAligned24 = m_format.HighAligned24();
 
     hr = riff_FindChunkHeaderInRIFF(m_file.Get(), RIFF_ID_DATA, &size, nullptr);
     if (FAILED(hr)) return hr;
@@ -66,6 +89,7 @@ HRESULT WavReader::Read(void* buffer, UINT32 frames, UINT32* read)
     DWORD got = 0;
     if (!ReadFile(m_file.Get(), buffer, bytes, &got, nullptr)) return LastError();
     if (got != bytes) return TQ_E_READFAILED;
+    if (m_highAligned24) ShiftWords(static_cast<BYTE*>(buffer), bytes / 4, true);
     m_position += bytes;
     *read = bytes / m_frameBytes;
     return S_OK;
@@ -88,6 +112,7 @@ HRESULT WavWriter::Create(const std::wstring& path, const WavFormat& format)
     m_path = path;
     m_tempPath = TemporaryNameFor(path);
     m_frameBytes = format.Header()->nBlockAlign;
+    m_highAligned24 = format.HighAligned24();
     m_file.Reset(CreateFileW(m_tempPath.c_str(), GENERIC_READ | GENERIC_WRITE, 0, nullptr,
                              CREATE_ALWAYS, FILE_ATTRIBUTE_NORMAL, nullptr));
     if (m_file.Get() == INVALID_HANDLE_VALUE) return LastError();
@@ -104,6 +129,13 @@ HRESULT WavWriter::Write(const void* buffer, UINT32 frames)
 {
     const UINT64 bytes = UINT64(frames) * m_frameBytes;
     if (m_dataBytes + bytes > 0xFFFFFF00ull - m_dataSizeOffset) return TQ_E_SIZELIMIT;
+    if (m_highAligned24)
+    {
+        m_shifted.assign(static_cast<const BYTE*>(buffer),
+                         static_cast<const BYTE*>(buffer) + static_cast<size_t>(bytes));
+        ShiftWords(m_shifted.data(), m_shifted.size() / 4, false);
+        buffer = m_shifted.data();
+    }
     DWORD written = 0;
     if (!WriteFile(m_file.Get(), buffer, static_cast<DWORD>(bytes), &written, nullptr))
         return LastError();

@@ -22,6 +22,10 @@ struct WavFormat
     {
         return reinterpret_cast<const WAVEFORMATEX*>(chunk.data());
     }
+    // An extensible header of 24 valid bits in 32 holds each sample in the word's top 24 bits,
+    // where the kernel's type for it (unpacked 24-bit) wants them in the low 24: the samples are
+    // shifted by 8 bits between the file and the buffers.
+    bool HighAligned24() const;
 };
 
 class WavReader
@@ -32,7 +36,8 @@ public:
     HRESULT Open(const std::wstring& path);
     const WavFormat& Format() const { return m_format; }
     UINT64 Frames() const { return m_dataBytes / m_frameBytes; }
-    // Reads up to frames frames; *read is 0 at the end of the data.
+    // Reads up to frames frames as samples of the format's kernel type; *read is 0 at the end of
+    // the data.
     HRESULT Read(void* buffer, UINT32 frames, UINT32* read);
 
 private:
@@ -41,6 +46,7 @@ private:
     UINT32 m_frameBytes = 1;
     UINT32 m_dataBytes = 0;
     UINT32 m_position = 0;
+    bool m_highAligned24 = false;
 };
 
 // Writes a WAV file under a temporary name beside the target; only Commit puts it in the
@@ -54,6 +60,7 @@ public:
     WavWriter& operator=(const WavWriter&) = delete;
 
     HRESULT Create(const std::wstring& path, const WavFormat& format);
+    // The buffer holds samples of the format's kernel type.
     HRESULT Write(const void* buffer, UINT32 frames);
     // Completes the sizes, closes the file and renames it to the target.
     HRESULT Commit();
@@ -65,6 +72,8 @@ private:
     UINT32 m_frameBytes = 1;
     UINT32 m_dataBytes = 0;
     DWORD m_dataSizeOffset = 0;
+    bool m_highAligned24 = false;
+    std::vector<BYTE> m_shifted; // the block in the file's alignment
 };
 
 // The temporary name a file is written under before it takes the target's name.

@@ -1,5 +1,7 @@
 // tqvsthost as a user runs it: its options, what each command prints and writes, and how it
 // fails.
+#include "editorcommand.h"
+#include "hresulttext.h"
 #include "jsonwriter.h"
 #include "options.h"
 #include "support/testpaths.h"
@@ -90,6 +92,14 @@ TEST(HostJson, StringsAreEscapedUtf8)
     EXPECT_EQ(tqhost::JsonObject().Add("n", 7u).Add("s", L"v").Text(), "{\"n\": 7, \"s\": \"v\"}");
 }
 
+constexpr DWORD kHostHung = 0xDEAD;
+
+DWORD WINAPI EndIfHung(void* process)
+{
+    if (WaitForSingleObject(process, 60000) == WAIT_TIMEOUT) TerminateProcess(process, kHostHung);
+    return 0;
+}
+
 struct RunResult
 {
     DWORD exitCode = 0xFFFFFFFF;
@@ -122,11 +132,14 @@ RunResult RunHost(const std::wstring& arguments, bool dropErrors = false)
     tq::UniqueHandle process(started.hProcess), thread(started.hThread);
     writer.Reset();
     nul.Reset();
+    // A host that never ends would hold the pipe open for ever: it is ended, and the test fails
+    // on its exit code instead of hanging.
+    tq::UniqueHandle guard(CreateThread(nullptr, 0, EndIfHung, process.Get(), 0, nullptr));
     char buffer[4096];
     DWORD read = 0;
     while (ReadFile(reader.Get(), buffer, sizeof(buffer), &read, nullptr) && read > 0)
         result.output.append(buffer, read);
-    WaitForSingleObject(process.Get(), 30000);
+    WaitForSingleObject(guard.Get(), INFINITE);
     GetExitCodeProcess(process.Get(), &result.exitCode);
     // The console streams are in text mode; the checks read plain line ends.
     for (size_t at = result.output.find("\r\n"); at != std::string::npos;
@@ -175,7 +188,100 @@ TEST(HostInfo, FailureIsOneLineWithTheCode)
     EXPECT_EQ(usage.exitCode, 1u);
     const RunResult help = RunHost(L"--help");
     EXPECT_EQ(help.exitCode, 0u);
-    EXPECT_NE(help.output.find("tqvsthost info PLUGIN"), std::string::npos);
+    for (const char* command :
+         {"info", "params", "scan", "process", "save-preset", "editor", "generate"})
+        EXPECT_NE(help.output.find(std::string("  tqvsthost ") + command + " "), std::string::npos)
+            << command;
+}
+
+// Each next id of a shell whose list faults comes back as -1, and a loop that waits for the
+// end of the list never ends.
+TEST(HostInfo, AShellWhoseListFaultsStopsAndSaysWhy)
+{
+    for (const wchar_t* where : {L"", L"--inproc "})
+    {
+        const RunResult run = RunHost(std::wstring(L"info ") + where +
+                                      Quoted(tqtest::PluginPath(L"shell_enum_fault.dll")));
+        EXPECT_EQ(run.exitCode, 1u) << run.output.substr(0, 2000);
+        EXPECT_NE(run.output.find("the list stops here: the shell faults when asked for its next "
+                                  "sub-plug-in"),
+                  std::string::npos)
+            << run.output.substr(0, 2000);
+        EXPECT_LT(std::count(run.output.begin(), run.output.end(), '\n'), 20);
+    }
+}
+
+// One code, several meanings: the text follows what was being done.
+TEST(HostMessages, CodesAreExplainedWhereTheyArose)
+{
+    const RunResult noSuchId =
+        RunHost(L"info --inproc --id TqSX " + Quoted(tqtest::PluginPath(L"tqshell.dll")));
+    EXPECT_EQ(noSuchId.exitCode, 1u);
+    EXPECT_NE(
+        noSuchId.output.find("0x8000FFFF (the shell plug-in has no sub-plug-in with that id)"),
+        std::string::npos)
+        << noSuchId.output;
+
+    tqtest::TempFolder folder;
+    const std::wstring saved = folder.File(L"whole.fxp");
+    const std::wstring gain = Quoted(tqtest::PluginPath(L"tqgain.dll"));
+    ASSERT_EQ(RunHost(L"save-preset " + gain + L" " + Quoted(saved)).exitCode, 0u);
+    std::string bytes;
+    {
+        tq::UniqueFile file(CreateFileW(saved.c_str(), GENERIC_READ, 0, nullptr, OPEN_EXISTING,
+                                        FILE_ATTRIBUTE_NORMAL, nullptr));
+        bytes.resize(GetFileSize(file.Get(), nullptr));
+        DWORD read = 0;
+        ASSERT_TRUE(
+            ReadFile(file.Get(), bytes.data(), static_cast<DWORD>(bytes.size()), &read, nullptr));
+    }
+    const std::wstring cut = folder.File(L"cut.fxp");
+    {
+        tq::UniqueFile file(CreateFileW(cut.c_str(), GENERIC_WRITE, 0, nullptr, CREATE_ALWAYS,
+                                        FILE_ATTRIBUTE_NORMAL, nullptr));
+        DWORD written = 0;
+        ASSERT_TRUE(WriteFile(file.Get(), bytes.data(), static_cast<DWORD>(bytes.size() - 1),
+                              &written, nullptr));
+    }
+    const RunResult cutShort =
+        RunHost(L"save-preset " + gain + L" " + Quoted(folder.File(L"again.fxp")) + L" --preset " +
+                Quoted(cut));
+    EXPECT_EQ(cutShort.exitCode, 1u);
+    EXPECT_NE(cutShort.output.find("0x8000FFFF (the file ends early"), std::string::npos)
+        << cutShort.output;
+    const RunResult noProgram =
+        RunHost(L"save-preset " + gain + L" " + Quoted(folder.File(L"p.fxp")) + L" --program 5");
+    EXPECT_NE(noProgram.output.find("0x80070057 (the plug-in has no program of that number)"),
+              std::string::npos)
+        << noProgram.output;
+}
+
+// With the inserts ignored a system text keeps its "%1": it is filled with the subject when
+// there is one, and left out when there is none.
+TEST(HostMessages, SystemTextsShowNoInserts)
+{
+    const auto hasInsert = [](const std::wstring& text) {
+        for (size_t at = text.find(L'%'); at != std::wstring::npos; at = text.find(L'%', at + 1))
+            if (at + 1 < text.size() && iswdigit(text[at + 1])) return true;
+        return false;
+    };
+    int described = 0;
+    for (DWORD code = 1; code < 16000; ++code)
+    {
+        const HRESULT hr = HRESULT_FROM_WIN32(code);
+        const std::wstring plain = tqhost::DescribeResult(hr);
+        const std::wstring filled =
+            tqhost::DescribeResult(hr, {tqhost::ResultArea::Plugin, L"C:\\p.dll"});
+        EXPECT_FALSE(hasInsert(plain)) << code << ": " << std::string(plain.begin(), plain.end());
+        EXPECT_FALSE(hasInsert(filled)) << code;
+        EXPECT_EQ(plain.find(L"  "), std::wstring::npos) << code;
+        described += plain != L"unknown error";
+    }
+    EXPECT_GT(described, 100) << "the system's texts were found";
+    const std::wstring badExe = tqhost::DescribeResult(HRESULT_FROM_WIN32(ERROR_BAD_EXE_FORMAT),
+                                                       {tqhost::ResultArea::Plugin, L"C:\\p.dll"});
+    EXPECT_NE(badExe.find(L"C:\\p.dll"), std::wstring::npos)
+        << std::string(badExe.begin(), badExe.end());
 }
 
 TEST(HostParams, ListsEveryParameterAndProgram)
@@ -443,6 +549,190 @@ TEST_F(HostProcess, MonoTwentyFourBitBehindAnOddChunk)
     }
 }
 
+void WriteBytes(const std::wstring& path, const std::string& bytes)
+{
+    tq::UniqueFile file(CreateFileW(path.c_str(), GENERIC_WRITE, 0, nullptr, CREATE_ALWAYS,
+                                    FILE_ATTRIBUTE_NORMAL, nullptr));
+    DWORD written = 0;
+    ASSERT_TRUE(
+        WriteFile(file.Get(), bytes.data(), static_cast<DWORD>(bytes.size()), &written, nullptr));
+}
+
+std::string ReadBytes(const std::wstring& path)
+{
+    tq::UniqueFile file(CreateFileW(path.c_str(), GENERIC_READ, FILE_SHARE_READ, nullptr,
+                                    OPEN_EXISTING, FILE_ATTRIBUTE_NORMAL, nullptr));
+    std::string bytes(GetFileSize(file.Get(), nullptr), '\0');
+    DWORD read = 0;
+    if (file.Get() == INVALID_HANDLE_VALUE ||
+        !ReadFile(file.Get(), bytes.data(), static_cast<DWORD>(bytes.size()), &read, nullptr))
+        return {};
+    return bytes;
+}
+
+// The names of the files in a folder that match a pattern such as "out*".
+std::vector<std::wstring> FilesLike(const std::wstring& folder, const wchar_t* pattern)
+{
+    std::vector<std::wstring> names;
+    WIN32_FIND_DATAW found;
+    HANDLE search = FindFirstFileW((folder + L"\\" + pattern).c_str(), &found);
+    if (search == INVALID_HANDLE_VALUE) return names;
+    do
+    {
+        if (!(found.dwFileAttributes & FILE_ATTRIBUTE_DIRECTORY)) names.push_back(found.cFileName);
+    } while (FindNextFileW(search, &found));
+    FindClose(search);
+    return names;
+}
+
+template <class T>
+std::string BytesOf(const T& value)
+{
+    return std::string(reinterpret_cast<const char*>(&value), sizeof(value));
+}
+
+// A format chunk: the plain head, or the extensible one with the PCM subformat.
+std::string FormatChunk(WORD tag, WORD channels, WORD bits, WORD align, WORD validBits = 0)
+{
+    WAVEFORMATEXTENSIBLE format = {};
+    format.Format = {tag, channels, 48000, 48000u * align, align, bits, 0};
+    if (tag != WAVE_FORMAT_EXTENSIBLE) return BytesOf(format.Format).substr(0, 16);
+    format.Format.cbSize = 22;
+    format.Samples.wValidBitsPerSample = validBits;
+    format.dwChannelMask = (1u << channels) - 1;
+    format.SubFormat = {
+        0x00000001, 0x0000, 0x0010, {0x80, 0x00, 0x00, 0xAA, 0x00, 0x38, 0x9B, 0x71}};
+    return BytesOf(format);
+}
+
+// The bytes of a file's data chunk, as they are in the file.
+std::string DataOf(const std::string& file)
+{
+    const size_t at = file.find("data", 12);
+    if (at == std::string::npos || at + 8 > file.size()) return {};
+    uint32_t size = 0;
+    std::memcpy(&size, file.data() + at + 4, 4);
+    return file.substr(at + 8, size);
+}
+
+// The copies step by channels times the sample size: a header that gives frames of another size
+// is refused before a sample is read, and nothing is left in the output's folder.
+TEST_F(HostProcess, RefusesFramesThatAreNotChannelsTimesTheSampleSize)
+{
+    struct Case
+    {
+        const char* what;
+        WORD tag, channels, bits, align;
+    };
+    const Case cases[] = {
+        {"64 channels of float64 in 8 bytes", WAVE_FORMAT_IEEE_FLOAT, 64, 64, 8},
+        {"stereo pcm16 in 2 bytes", WAVE_FORMAT_PCM, 2, 16, 2},
+        {"stereo pcm16 in 6 bytes", WAVE_FORMAT_PCM, 2, 16, 6},
+        {"stereo 24 in 32, extensible, in 4 bytes", WAVE_FORMAT_EXTENSIBLE, 2, 32, 4},
+    };
+    const std::wstring input = m_folder.File(L"bad.wav");
+    for (const Case& c : cases)
+    {
+        WriteBytes(input, WavBytes({{"fmt ", FormatChunk(c.tag, c.channels, c.bits, c.align, 24)},
+                                    {"data", std::string(65536, '\x3F')}}));
+        const RunResult run = RunHost(L"process " + Gain() + L" " + Quoted(input) + L" " +
+                                      Quoted(m_output) + L" --block 64");
+        EXPECT_EQ(run.exitCode, 1u) << c.what << ": " << run.output;
+        EXPECT_NE(run.output.find("the header says " + std::to_string(c.align) + ": 0x80070032"),
+                  std::string::npos)
+            << c.what << ": " << run.output;
+        EXPECT_TRUE(FilesLike(m_folder.Path(), L"out*").empty()) << c.what << ": left a file";
+    }
+}
+
+// A file of more channels than the plug-in has outputs: the plug-in's channels come through, the
+// others are silenced, and the host says which.
+TEST_F(HostProcess, NamesTheChannelsItMutes)
+{
+    constexpr WORD kChannels = 4;
+    std::vector<INT16> samples;
+    for (int frame = 0; frame < 100; ++frame)
+        for (int channel = 0; channel < kChannels; ++channel)
+            samples.push_back(static_cast<INT16>((channel + 1) * 1000 + frame));
+    const std::string data(reinterpret_cast<const char*>(samples.data()), samples.size() * 2);
+    const std::wstring input = m_folder.File(L"quad.wav");
+    WriteBytes(input, WavBytes({{"fmt ", FormatChunk(WAVE_FORMAT_PCM, kChannels, 16, 8)},
+                                {"data", data}}));
+    const RunResult run =
+        RunHost(L"process " + Gain() + L" " + Quoted(input) + L" " + Quoted(m_output));
+    ASSERT_EQ(run.exitCode, 0u) << run.output;
+    EXPECT_NE(run.output.find("Muted channels 3 to 4 of 4: the plug-in has 2 outputs\n"),
+              std::string::npos)
+        << run.output;
+
+    const std::string out = DataOf(ReadBytes(m_output));
+    ASSERT_EQ(out.size(), data.size());
+    for (size_t i = 0; i < samples.size(); ++i)
+    {
+        INT16 sample = 0;
+        std::memcpy(&sample, out.data() + 2 * i, 2);
+        EXPECT_EQ(sample, i % kChannels < 2 ? samples[i] : 0) << "sample " << i;
+    }
+
+    const RunResult stereo =
+        RunHost(L"process " + Gain() + L" " + Quoted(m_input) + L" " + Quoted(m_output));
+    EXPECT_EQ(stereo.output.find("Muted"), std::string::npos) << stereo.output;
+}
+
+// An extensible header of 24 valid bits in 32-bit words holds each sample in the top 24 bits; the
+// low 8 are padding. Read and written so, unity gain gives the file back bit for bit and half
+// gain halves the 24-bit values, rounded to even, in every host sample type.
+TEST_F(HostProcess, TwentyFourValidBitsInThirtyTwoAreHighAligned)
+{
+    const int32_t values[] = {0, 0x400000, -0x400000, 0x123457, -0x123457, 1, -1, -3, 0x3FFFFF};
+    std::string data;
+    for (size_t i = 0; i < std::size(values); ++i)
+        for (int32_t value : {values[i], -values[i]})
+        {
+            // Padding bits of a sample are not part of its value.
+            const uint32_t word = static_cast<uint32_t>(value) << 8 | (i == 3 ? 0x5A : 0);
+            data += BytesOf(word);
+        }
+    const std::string format = FormatChunk(WAVE_FORMAT_EXTENSIBLE, 2, 32, 8, 24);
+    const std::wstring input = m_folder.File(L"valid24.wav");
+    WriteBytes(input, WavBytes({{"fmt ", format}, {"data", data}}));
+
+    struct Case
+    {
+        const wchar_t* options;
+        double gain;
+        const char* peakOut;
+    };
+    const Case cases[] = {
+        {L"", 1.0, "Peak out: -6.02 dBFS"},
+        {L" --type float32", 1.0, "Peak out: -6.02 dBFS"},
+        {L" --param 0=0.25", 0.5, "Peak out: -12.04 dBFS"},
+        {L" --param 0=0.25 --type pcm32", 0.5, "Peak out: -12.04 dBFS"},
+    };
+    for (const Case& c : cases)
+    {
+        const RunResult run = RunHost(L"process " + Gain() + L" " + Quoted(input) + L" " +
+                                      Quoted(m_output) + c.options);
+        ASSERT_EQ(run.exitCode, 0u) << run.output;
+        EXPECT_NE(run.output.find(std::string("Peak in:  -6.02 dBFS\n") + c.peakOut),
+                  std::string::npos)
+            << run.output;
+        const std::string file = ReadBytes(m_output);
+        EXPECT_NE(file.find(format), std::string::npos) << "the header is kept";
+        const std::string out = DataOf(file);
+        ASSERT_EQ(out.size(), data.size());
+        for (size_t i = 0; i < out.size() / 4; ++i)
+        {
+            const int32_t value = (i % 2 ? -1 : 1) * values[i / 2];
+            const auto expected =
+                static_cast<uint32_t>(static_cast<int32_t>(std::nearbyint(value * c.gain))) << 8;
+            uint32_t word = 0;
+            std::memcpy(&word, out.data() + 4 * i, 4);
+            EXPECT_EQ(word, expected) << "sample " << i;
+        }
+    }
+}
+
 TEST_F(HostProcess, NeverHarmsTheUsersFiles)
 {
     const RunResult same = RunHost(L"process " + Gain() + L" " + Quoted(m_input) + L" " +
@@ -499,6 +789,54 @@ TEST_F(HostProcess, SavedPresetsAndBanksCarryTheParameters)
                                     Quoted(m_output) + L" --preset " + Quoted(m_input));
     EXPECT_EQ(wrong.exitCode, 1u);
     EXPECT_NE(wrong.output.find("could not load the preset"), std::string::npos) << wrong.output;
+}
+
+// Where the editor does not cover its window the window shows the dialog colour, not black.
+TEST(HostEditor, TheWindowAroundTheEditorHasABackground)
+{
+    HWND window = tqhost::CreateEditorWindow(L"background");
+    if (!window) GTEST_SKIP() << "no display for windows";
+    BITMAPINFO info = {};
+    info.bmiHeader = {sizeof(BITMAPINFOHEADER), 8, 8, 1, 32, BI_RGB, 0, 0, 0, 0, 0};
+    void* bits = nullptr;
+    HBITMAP bitmap = CreateDIBSection(nullptr, &info, DIB_RGB_COLORS, &bits, nullptr, 0);
+    HDC memory = CreateCompatibleDC(nullptr);
+    HGDIOBJ previous = SelectObject(memory, bitmap);
+    PatBlt(memory, 0, 0, 8, 8, BLACKNESS);
+    SendMessageW(window, WM_ERASEBKGND, reinterpret_cast<WPARAM>(memory), 0);
+    EXPECT_EQ(GetPixel(memory, 4, 4), GetSysColor(COLOR_BTNFACE));
+    SelectObject(memory, previous);
+    DeleteDC(memory);
+    DeleteObject(bitmap);
+    DestroyWindow(window);
+}
+
+// A program too large for a preset file is refused, in servers of both bitnesses, and the
+// command leaves no file behind, not even its temporary one.
+TEST(HostSavePreset, AProgramTooLargeForAFileIsRefusedAndLeavesNoFile)
+{
+    struct Place
+    {
+        std::wstring options;
+        std::wstring plugin;
+    };
+    std::vector<Place> places = {{L"", tqtest::PluginPath(L"huge_param_count.dll")}};
+    if (sizeof(void*) == 8 && tqtest::Have32BitServer())
+        places.push_back({L"--x86 ", tqtest::Plugin32Path(L"huge_param_count.dll")});
+    tqtest::TempFolder folder;
+    for (const Place& place : places)
+        for (const wchar_t* name : {L"huge.fxp", L"huge.fxb"})
+        {
+            const RunResult run = RunHost(L"save-preset " + place.options + Quoted(place.plugin) +
+                                          L" " + Quoted(folder.File(name)));
+            EXPECT_EQ(run.exitCode, 1u) << run.output;
+            EXPECT_NE(run.output.find("0x800700DF (the plug-in has more parameters or programs "
+                                      "than a preset file can hold)"),
+                      std::string::npos)
+                << run.output;
+            EXPECT_TRUE(FilesLike(folder.Path(), L"*").empty())
+                << "left a file beside " << std::string(name, name + 8);
+        }
 }
 
 TEST(HostEditor, OpensAtThePluginsSizeAndFollowsItsRequests)

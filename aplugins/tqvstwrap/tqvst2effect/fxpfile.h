@@ -67,10 +67,23 @@ static_assert(sizeof(ProgramChunkHeader) == 60);
 static_assert(sizeof(BankHeader) == 156);
 static_assert(sizeof(BankChunkHeader) == 160);
 
-// Bytes of an "FxCk" block with this many parameters.
-constexpr size_t ProgramBytes(int32_t numParams)
+// byteSize is a signed word that leaves out the first 8 bytes, so no file can be larger.
+constexpr uint64_t kMaxFileBytes = 8 + uint64_t(INT32_MAX);
+// What a save or load of a layout beyond kMaxFileBytes gives.
+constexpr HRESULT kFileTooLarge = static_cast<HRESULT>(0x80070000u | ERROR_FILE_TOO_LARGE);
+
+// Sizes are counted in 64 bits: a plug-in's parameter or program count is untrusted, and in
+// 32 bits four bytes per parameter wrap around at 0x40000000 of them.
+constexpr uint64_t ProgramBytes(int32_t numParams)
 {
-    return sizeof(ProgramHeader) + 4 * static_cast<size_t>(numParams > 0 ? numParams : 0);
+    return sizeof(ProgramHeader) + 4 * uint64_t(numParams > 0 ? numParams : 0);
+}
+
+// Bytes of an "FxBk" bank of numPrograms "FxCk" blocks.
+constexpr uint64_t BankBytes(int32_t numPrograms, int32_t numParams)
+{
+    return sizeof(BankHeader) +
+           uint64_t(numPrograms > 0 ? numPrograms : 0) * ProgramBytes(numParams);
 }
 
 // Host to file reads a count before swapping it, file to host after.

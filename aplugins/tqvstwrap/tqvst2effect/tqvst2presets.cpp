@@ -141,14 +141,15 @@ HRESULT SaveChunkFile(CTqVstEffect& effect, int32_t index, IStream* stream, UINT
 {
     PluginChunk chunk;
     if (HRESULT hr = chunk.Get(effect, index); FAILED(hr)) return hr;
-    const size_t total = sizeof(Header) + chunk.Size();
+    const uint64_t total = sizeof(Header) + uint64_t(chunk.Size());
+    if (total > kMaxFileBytes) return kFileTooLarge;
     if (!stream)
     {
         if (bytes) *bytes = static_cast<UINT32>(total);
         return S_OK;
     }
     Header head = {};
-    fill(head, total, chunk.Size());
+    fill(head, static_cast<size_t>(total), chunk.Size());
     UINT32 written = 0;
     HRESULT hr = WriteAll(stream, &head, sizeof(head), &written);
     if (SUCCEEDED(hr)) hr = chunk.Write(stream, &written);
@@ -198,16 +199,17 @@ HRESULT STDMETHODCALLTYPE CTqVstEffect::SavePreset(IStream* stream, UINT32* byte
 
     UINT32 written = 0;
     const int32_t count = ParameterCount(*effect);
-    const size_t total = ProgramBytes(count);
+    const uint64_t total = ProgramBytes(count);
+    if (total > kMaxFileBytes) return kFileTooLarge;
     if (!stream)
     {
         if (bytes) *bytes = static_cast<UINT32>(total);
         return S_OK;
     }
-    FileBlock block(total);
+    FileBlock block(static_cast<size_t>(total));
     if (!block) return E_OUTOFMEMORY;
     auto* program = block.As<ProgramHeader>();
-    FillCommonHeader(&program->common, kProgramMagic, total, *effect);
+    FillCommonHeader(&program->common, kProgramMagic, static_cast<size_t>(total), *effect);
     program->numParams = count;
     WideToProgramName(name, program->prgName);
     float* values = ProgramParameters(program);
@@ -217,7 +219,7 @@ HRESULT STDMETHODCALLTYPE CTqVstEffect::SavePreset(IStream* stream, UINT32* byte
         if (HRESULT hr = GetParameter(static_cast<UINT32>(i), &values[i]); FAILED(hr)) return hr;
     }
     SwapProgram(program, kHostToFile);
-    const HRESULT hr = WriteAll(stream, program, total, &written);
+    const HRESULT hr = WriteAll(stream, program, static_cast<size_t>(total), &written);
     if (bytes) *bytes = SUCCEEDED(hr) ? written : 0;
     return hr;
 }
@@ -237,11 +239,13 @@ HRESULT STDMETHODCALLTYPE CTqVstEffect::LoadPreset(IStream* stream)
     if (common.fxMagic == kProgramMagic)
     {
         const int32_t count = ParameterCount(*effect);
-        const size_t total = ProgramBytes(count);
-        FileBlock block(total);
+        const uint64_t total = ProgramBytes(count);
+        if (total > kMaxFileBytes) return kFileTooLarge;
+        FileBlock block(static_cast<size_t>(total));
         if (!block) return E_OUTOFMEMORY;
         auto* program = block.As<ProgramHeader>();
-        if (HRESULT hr = ReadAll(stream, program, total); FAILED(hr)) return hr;
+        if (HRESULT hr = ReadAll(stream, program, static_cast<size_t>(total)); FAILED(hr))
+            return hr;
         // Counted before swapping: the file's count must fit the block read for the plug-in's.
         if (static_cast<int32_t>(__builtin_bswap32(static_cast<uint32_t>(program->numParams))) >
             count)
@@ -290,6 +294,8 @@ HRESULT STDMETHODCALLTYPE CTqVstEffect::SaveBank(IStream* stream, UINT32* bytes)
 
     // The bank's size is known only once every program is written, so the stream must seek.
     if (!stream) return E_POINTER;
+    if (BankBytes(effect->numPrograms, ParameterCount(*effect)) > kMaxFileBytes)
+        return kFileTooLarge;
     ULARGE_INTEGER start;
     if (HRESULT hr = SeekTo(stream, 0, STREAM_SEEK_CUR, &start); FAILED(hr)) return hr;
     BankHeader head = {};
@@ -350,6 +356,8 @@ HRESULT STDMETHODCALLTYPE CTqVstEffect::LoadBank(IStream* stream, UINT32 program
         BankHeader head;
         if (HRESULT hr = ReadAll(stream, &head, sizeof(head)); FAILED(hr)) return hr;
         SwapBankHeader(&head);
+        const int32_t count = ParameterCount(*effect);
+        if (ProgramBytes(count) > kMaxFileBytes) return kFileTooLarge;
         // Programs loaded before a failure stay changed.
         for (int32_t p = 0; p < head.numPrograms; ++p)
         {

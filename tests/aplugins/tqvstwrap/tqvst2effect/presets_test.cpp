@@ -549,6 +549,41 @@ TEST_F(Presets, NoProgramsOrNoStream)
     EXPECT_EQ(effect->LoadBank(nullptr, 0), E_POINTER);
 }
 
+// Sizes beyond what a file's byteSize can count are refused before anything is allocated, read
+// or written; counted in 32 bits, 0x40000000 parameters would wrap to the bare 56-byte head.
+TEST_F(Presets, ParameterCountsBeyondAFileAreRefused)
+{
+    ITqVstEffect* effect = Load(L"huge_param_count.dll");
+    ASSERT_TRUE(effect);
+    const HRESULT tooLarge = HRESULT_FROM_WIN32(ERROR_FILE_TOO_LARGE);
+    UINT32 bytes = 7;
+    EXPECT_EQ(effect->SavePreset(nullptr, &bytes), tooLarge);
+    EXPECT_EQ(bytes, 0u);
+    auto out = MemoryStream();
+    EXPECT_EQ(effect->SavePreset(out.Get(), &bytes), tooLarge);
+    EXPECT_EQ(effect->SaveBank(out.Get(), &bytes), tooLarge);
+    EXPECT_EQ(bytes, 0u);
+    EXPECT_EQ(Position(out.Get()), 0u) << "nothing written";
+
+    const ByteVector program = ParameterProgram("TqHP", 1, "Huge", {0.5f});
+    auto in = MemoryStream(program);
+    EXPECT_EQ(effect->LoadPreset(in.Get()), tooLarge);
+    auto bank = MemoryStream(Common("FxBk", 148 + static_cast<uint32_t>(program.size()), "TqHP", 1)
+                                 .Word(1)
+                                 .Text("", 128)
+                                 .Append(program)
+                                 .Bytes());
+    EXPECT_EQ(effect->LoadBank(bank.Get(), 0), tooLarge);
+
+    // One program of 0x10000000 parameters fits a file, two of them in a bank do not.
+    auto setCount = Export<void(__cdecl*)(int32_t)>("TqSetParameterCount");
+    ASSERT_NE(setCount, nullptr);
+    setCount(0x10000000);
+    EXPECT_EQ(effect->SavePreset(nullptr, &bytes), S_OK);
+    EXPECT_EQ(bytes, 56u + 0x40000000u);
+    EXPECT_EQ(effect->SaveBank(out.Get(), &bytes), tooLarge);
+    EXPECT_EQ(Position(out.Get()), 0u) << "nothing written";
+}
 
 using tqtest::ServerProcess;
 
