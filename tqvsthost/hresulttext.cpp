@@ -2,6 +2,8 @@
 // message table with its inserts filled or dropped.
 #include "hresulttext.h"
 
+#include "hostlog.h"
+
 #include "riff.h"
 #include "tqvst.h"
 
@@ -126,8 +128,10 @@ std::wstring DescribeResult(HRESULT hr, const ResultContext& context)
 
 int ReportFailure(const std::wstring& what, HRESULT hr, const ResultContext& context)
 {
+    const std::wstring meaning = DescribeResult(hr, context);
     fwprintf(stderr, L"tqvsthost: %ls: 0x%08X (%ls)\n", what.c_str(), static_cast<unsigned>(hr),
-             DescribeResult(hr, context).c_str());
+             meaning.c_str());
+    LogLine(TQLOG_ERROR, what + L": " + HexCode(hr) + L" (" + meaning + L")");
     return 1;
 }
 

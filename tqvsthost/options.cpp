@@ -187,6 +187,36 @@ bool ParseOptions(int argc, wchar_t** argv, Options& options, std::wstring& erro
             }
             options.seconds = *seconds;
         }
+        else if (arg == L"--time-format")
+        {
+            const wchar_t* text = value();
+            if (!text) return false;
+            const auto format = ParseTimeFormat(text);
+            if (!format)
+            {
+                error = std::wstring(L"--time-format: not a time format: ") + text;
+                return false;
+            }
+            options.timeFormat.format = *format;
+        }
+        else if (arg == L"--tempo")
+        {
+            const wchar_t* text = value();
+            if (!text) return false;
+            const auto tempo = ParseFloat(text);
+            if (!tempo || !(*tempo >= 1.0f && *tempo <= 999.0f))
+            {
+                error = std::wstring(L"--tempo: not a tempo from 1 to 999 beats a minute: ") + text;
+                return false;
+            }
+            options.timeFormat.tempo = *tempo;
+        }
+        else if (arg == L"--log")
+        {
+            const wchar_t* text = value();
+            if (!text) return false;
+            options.logFile = text;
+        }
         else if (arg == L"--json")
             options.json = true;
         else if (arg.size() > 1 && arg[0] == L'-')
@@ -234,12 +264,16 @@ void PrintUsage()
             L"  tqvsthost process PLUGIN IN.wav OUT.wav [--type T] [--block N]\n"
             L"                    [--param INDEX=VALUE]... [--preset FILE.fxp]\n"
             L"                    [--bank FILE.fxb [--program N]] [--inproc | --x86] [--id ID]\n"
+            L"                    [--time-format F [--tempo BPM]]\n"
             L"      Sends IN.wav through the plug-in in blocks of N frames (default 4096, at\n"
             L"      most 1048576) and writes OUT.wav in IN's format, then prints the peaks in\n"
             L"      and out in dBFS and the process the plug-in ran in. The plug-in gets the\n"
             L"      samples as type T (default: the file's own): pcm8, pcm16, pcm24, pcm32,\n"
             L"      float32, float64, unpacked24, signed8, be16, be24, be32 or a code. OUT is\n"
             L"      written under a temporary name and renamed when complete; OUT may not be IN.\n"
+            L"      The input's length and the progress are shown as time F: time\n"
+            L"      (hh:mm:ss.mmm, the default), samples, seconds, smpte24, smpte25,\n"
+            L"      smpte2997drop, smpte30, or measures (4/4 at BPM beats a minute, default 120).\n"
             L"  tqvsthost save-preset PLUGIN FILE.fxp|FILE.fxb [--param INDEX=VALUE]...\n"
             L"                        [--preset FILE.fxp | --bank FILE.fxb] [--program N]\n"
             L"      Applies the settings, then saves the current program (.fxp) or the whole\n"
@@ -260,6 +294,8 @@ void PrintUsage()
             L"                Without either, a server of this program's bitness is used.\n"
             L"  --id ID       sub-plug-in of a shell: four characters (TqSA) or a number\n"
             L"  --timeout MS  give up on a plug-in that takes longer than MS milliseconds to load\n"
+            L"  --log FILE    record what the host does (commands, plug-ins, result codes, times)\n"
+            L"                in FILE, to send with a bug report; any command takes it\n"
             L"\n"
             L"A failure prints one line with the HRESULT and its meaning, and exits with 1.\n");
 }

@@ -1,6 +1,8 @@
 // The command line of tqvsthost.
 #pragma once
 
+#include "timetext.h"
+
 #include <windows.h>
 
 #include <optional>
@@ -25,6 +27,8 @@ struct Options
     std::wstring bankFile;
     std::optional<UINT32> program;
     double seconds = 3.0;
+    TimeFormat timeFormat;
+    std::wstring logFile;
     bool help = false;
 };
 

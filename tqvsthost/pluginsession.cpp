@@ -1,6 +1,7 @@
 // Reaching the plug-in server and making an effect for a command.
 #include "pluginsession.h"
 
+#include "hostlog.h"
 #include "hresulttext.h"
 #include "presetfile.h"
 #include "vstclient.h"
@@ -20,6 +21,17 @@ void FactoryLease::Reset()
     if (m_factory) ReleaseVstFactory(m_location, m_factory.Detach());
     m_serverProcessId = 0;
 }
+
+namespace {
+
+std::wstring LocationText(int location, const FactoryLease& factory)
+{
+    if (location == 0) return L"in process";
+    return std::wstring(location == 2 ? L"in the 32-bit server " : L"in the server ") +
+           std::to_wstring(factory.ServerProcessId());
+}
+
+} // namespace
 
 bool FullPath(const std::wstring& path, std::wstring& full)
 {
@@ -48,6 +60,9 @@ bool OpenPlugin(const Options& options, const std::wstring& file, PluginSession&
         ReportFailure(L"could not load " + session.path, hr, {ResultArea::Plugin, session.path});
         return false;
     }
+    LogLine(TQLOG_INFO, L"loaded " + session.path + L" (id " + HexCode(options.id.value_or(0)) +
+                            L") " + LocationText(options.location, session.factory) + L": " +
+                            HexCode(hr));
     return true;
 }
 

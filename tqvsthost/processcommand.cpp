@@ -5,6 +5,7 @@
 #include "hresulttext.h"
 #include "pluginsession.h"
 #include "tqsamplecopy.h"
+#include "timetext.h"
 #include "wavefile.h"
 
 #include <algorithm>
@@ -168,6 +169,10 @@ int RunProcess(const Options& options)
     std::vector<BYTE> hostIn(hostBlockBytes), hostOut(hostBlockBytes);
     PeakMeter peakIn, peakOut;
     const UINT64 total = reader.Frames();
+    const UINT32 rate = format->nSamplesPerSec;
+    const std::wstring length = FramesToText(options.timeFormat, total, rate, true);
+    wprintf(L"Length: %ls (%llu frames)\n", length.c_str(), total);
+    fflush(stdout);
     const bool showProgress = total > kProgressThresholdFrames;
     UINT64 done = 0;
     int shownPercent = -1;
@@ -197,7 +202,9 @@ int RunProcess(const Options& options)
         const int percent = static_cast<int>(done * 100 / std::max<UINT64>(total, 1));
         if (showProgress && percent / 10 != shownPercent / 10)
         {
-            fwprintf(stderr, L"\rprocessing: %3d%%", percent);
+            fwprintf(stderr, L"\rprocessing: %ls of %ls (%d%%)",
+                     FramesToText(options.timeFormat, done, rate, false).c_str(), length.c_str(),
+                     percent);
             shownPercent = percent;
         }
     }

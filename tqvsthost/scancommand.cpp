@@ -2,6 +2,7 @@
 // reports each; a plug-in that hangs, faults or takes the server down does not end the scan.
 #include "scancommand.h"
 
+#include "hostlog.h"
 #include "hresulttext.h"
 #include "jsonwriter.h"
 #include "pluginsession.h"
@@ -161,6 +162,7 @@ int RunScan(const Options& options)
     {
         ScanResult result;
         result.path = files[i];
+        const ULONGLONG started = GetTickCount64();
         if (!factory.Get()) hr = factory.Open(options.location);
         result.hr = FAILED(hr)
                         ? hr
@@ -175,6 +177,9 @@ int RunScan(const Options& options)
         }
         SUCCEEDED(result.hr) ? ++loaded : ++failed;
         PrintProgress(progress, i + 1, files.size(), result);
+        LogLine(SUCCEEDED(result.hr) ? TQLOG_INFO : TQLOG_WARNING,
+                L"scanned " + result.path + L" in " + std::to_wstring(GetTickCount64() - started) +
+                    L" ms: " + HexCode(result.hr) + L" " + result.name);
         if (options.json)
         {
             fputs(i ? ",\n " : "\n ", stdout);

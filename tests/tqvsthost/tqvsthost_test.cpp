@@ -864,4 +864,84 @@ TEST(HostEditor, OpensAtThePluginsSizeAndFollowsItsRequests)
     EXPECT_NE(none.output.find("has no editor"), std::string::npos) << none.output;
 }
 
+// The whole of a text file as bytes; empty when it cannot be read.
+std::string FileText(const std::wstring& path)
+{
+    tq::UniqueFile file(CreateFileW(path.c_str(), GENERIC_READ, FILE_SHARE_READ | FILE_SHARE_WRITE,
+                                    nullptr, OPEN_EXISTING, 0, nullptr));
+    std::string text;
+    if (file.Get() == INVALID_HANDLE_VALUE) return text;
+    char buffer[4096];
+    DWORD read = 0;
+    while (ReadFile(file.Get(), buffer, sizeof(buffer), &read, nullptr) && read > 0)
+        text.append(buffer, read);
+    return text;
+}
+
+TEST_F(HostProcess, LogRecordsTheCommandThePluginAndTheOutcome)
+{
+    const std::wstring log = m_folder.File(L"host.log");
+    const RunResult run = RunHost(L"process " + Gain() + L" " + Quoted(m_input) + L" " +
+                                  Quoted(m_output) + L" --log " + Quoted(log));
+    ASSERT_EQ(run.exitCode, 0u) << run.output;
+    const std::string text = FileText(log);
+    EXPECT_NE(text.find("tqvsthost"), std::string::npos) << text;
+    EXPECT_NE(text.find("loaded "), std::string::npos) << text;
+    EXPECT_NE(text.find("tqgain.dll"), std::string::npos) << text;
+    EXPECT_NE(text.find("process ended with exit code 0 after "), std::string::npos) << text;
+
+    // A failure is logged with its code, after what went before in the same file.
+    const RunResult failed = RunHost(L"info " + Quoted(tqtest::PluginPath(L"fault_in_entry.dll")) +
+                                     L" --log " + Quoted(log));
+    EXPECT_EQ(failed.exitCode, 1u);
+    const std::string both = FileText(log);
+    EXPECT_EQ(both.compare(0, text.size(), text), 0) << "earlier lines are kept";
+    EXPECT_NE(both.find("0x8004E017", text.size()), std::string::npos) << both;
+    EXPECT_NE(both.find("info ended with exit code 1", text.size()), std::string::npos) << both;
+}
+
+TEST_F(HostProcess, NothingIsLoggedWithoutTheOption)
+{
+    const RunResult run =
+        RunHost(L"process " + Gain() + L" " + Quoted(m_input) + L" " + Quoted(m_output));
+    ASSERT_EQ(run.exitCode, 0u) << run.output;
+    WIN32_FIND_DATAW found;
+    HANDLE search = FindFirstFileW(m_folder.File(L"*.log").c_str(), &found);
+    EXPECT_EQ(search, INVALID_HANDLE_VALUE);
+    if (search != INVALID_HANDLE_VALUE) FindClose(search);
+
+    const RunResult unwritable = RunHost(L"info " + Gain() + L" --log " +
+                                         Quoted(m_folder.File(L"no\\such\\folder\\host.log")));
+    EXPECT_EQ(unwritable.exitCode, 1u);
+    EXPECT_NE(unwritable.output.find("could not open the log"), std::string::npos)
+        << unwritable.output;
+}
+
+TEST_F(HostProcess, ShowsTheLengthInTheChosenTimeFormat)
+{
+    struct Shown
+    {
+        const wchar_t* options;
+        const char* length;
+    };
+    // The generated input is 0.5 s at 44.1 kHz.
+    const Shown cases[] = {
+        {L"", "Length: 00:00:00.500 (22050 frames)"},
+        {L"--time-format samples", "Length: 22,050 (22050 frames)"},
+        {L"--time-format smpte25", "Length: 00:00:00:12 (22050 frames)"},
+        {L"--time-format measures --tempo 60", "Length: 0.0.480 (22050 frames)"},
+    };
+    for (const Shown& shown : cases)
+    {
+        const RunResult run = RunHost(L"process " + Gain() + L" " + Quoted(m_input) + L" " +
+                                      Quoted(m_output) + L" " + shown.options);
+        ASSERT_EQ(run.exitCode, 0u) << run.output;
+        EXPECT_NE(run.output.find(shown.length), std::string::npos) << run.output;
+    }
+    const RunResult wrong = RunHost(L"process " + Gain() + L" " + Quoted(m_input) + L" " +
+                                    Quoted(m_output) + L" --time-format hms");
+    EXPECT_EQ(wrong.exitCode, 1u);
+    EXPECT_NE(wrong.output.find("not a time format: hms"), std::string::npos) << wrong.output;
+}
+
 } // namespace
