@@ -61,7 +61,7 @@ struct ClassEntry
 };
 
 // The module's one factory over a fixed table of classes; it lives as long as the module.
-class Factory final : public IPluginFactory2
+class Factory : public IPluginFactory2
 {
 public:
     Factory(const char* vendor, const ClassEntry* classes, int32 count)
@@ -86,6 +86,8 @@ public:
     }
     uint32 PLUGIN_API addRef() override { return ++m_refs; }
     uint32 PLUGIN_API release() override { return --m_refs; }
+    // What hosts still hold, counting the module's own reference.
+    uint32 references() const { return m_refs; }
 
     tresult PLUGIN_API getFactoryInfo(PFactoryInfo* info) override
     {
