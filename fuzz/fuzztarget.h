@@ -69,5 +69,7 @@ const std::vector<FuzzTarget>& Targets();
 // Targets' seed and run functions, one file each.
 std::vector<Bytes> XmlSeeds();
 HRESULT RunXml(FuzzContext& context);
+std::vector<Bytes> AiffSeeds();
+HRESULT RunAiff(FuzzContext& context);
 
 } // namespace tqfuzz
