@@ -121,6 +121,12 @@ int main(int argc, char** argv)
             ++codes[target.run(context)];
             bytes += input.size();
             InterlockedIncrement(&g_current.progress);
+            if ((i + 1) % 100000 == 0 && i + 1 < count)
+            {
+                std::printf("%-6s %llu inputs so far, %.0f s\n", target.name, i + 1,
+                            static_cast<double>(GetTickCount64() - start) / 1000.0);
+                std::fflush(stdout);
+            }
         }
         g_current.input = nullptr;
         const double seconds = static_cast<double>(GetTickCount64() - start) / 1000.0;

@@ -113,7 +113,10 @@ TQKERNEL_API HRESULT iff_GetAIFFWfx(HANDLE file, WAVEFORMATEX* wfx, DWORD* frame
     wfx->nSamplesPerSec = aiff_ConvertRate(comm.exponent, comm.mantissa);
     const DWORD frameBytes = static_cast<DWORD>(comm.bits >> 3) * comm.channels;
     wfx->nAvgBytesPerSec = frameBytes * wfx->nSamplesPerSec;
-    wfx->nBlockAlign = static_cast<WORD>(frameBytes ? frameBytes : 1);
+    // The alignment is taken as the record holds it: a frame of 64 KiB wraps to 0, which must
+    // not reach the frame count's division.
+    const WORD blockAlign = static_cast<WORD>(frameBytes);
+    wfx->nBlockAlign = blockAlign ? blockAlign : 1;
 
     if (const HRESULT hr = c.SeekTo(chunksStart); FAILED(hr)) return hr;
     DWORD bound = ChunkBound(formSize);

@@ -117,6 +117,10 @@ TEST(AiffFormat, WaveFormat)
          Form("AIFF",
               IffChunk("COMM", CommData(1, 2, 16, 44100)) + IffChunk("SSND", BE32(100) + BE32(0))),
          WAVE_FORMAT_AIFF_BIGENDIAN, 1, 16, 44100, 2, 0, 154},
+        {"a frame of 64 KiB wraps the alignment to 0",
+         Form("AIFF", IffChunk("COMM", CommData(0x8000, 2, 16, 44100)) +
+                          IffChunk("SSND", SsndData(Pattern(4)))),
+         WAVE_FORMAT_AIFF_BIGENDIAN, 0x8000, 16, 44100, 1, 2, 54},
         {"no channels",
          Form("AIFF",
               IffChunk("COMM", CommData(0, 2, 16, 44100)) + IffChunk("SSND", SsndData(Pattern(4)))),
