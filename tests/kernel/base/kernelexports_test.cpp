@@ -97,6 +97,14 @@ const char* const kSample[] = {
     "riff_FindChunkHeader",
     "riff_UpdateRIFFSize",
     "mriff_GetWfx",
+    "iff_FindChunkHeader",
+    "iff_GetAIFFWfx",
+    "aiff_CreateRate",
+    // XML document: the class under its C++ names, the entity helpers under plain ones
+    "_ZN15CTqXML_DocumentC1Ev",
+    "_ZN15CTqXML_Document8OpenFileEPKw",
+    "_ZN15CTqXML_Document9ParseFileEv",
+    "TqXML_RemoveEscapes",
 };
 
 TEST(KernelExports, ServerExportsEveryAreasFunctions)

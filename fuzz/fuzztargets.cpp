@@ -1,0 +1,47 @@
+// The table of parsers under the fuzz program.
+#include "fuzztarget.h"
+
+namespace tqfuzz {
+
+namespace {
+
+// Markup and ids worth inserting, per format.
+std::vector<std::string> XmlTokens()
+{
+    return {"<",        ">",         "/>",           "</",
+            "<a>",      "</a>",      "<!--",         "-->",
+            "--",       "<![CDATA[", "]]>",          "<?xml",
+            "?>",       "<!DOCTYPE", "=\"",          "\"",
+            "'",        "&amp;",     "&lt;",         "&",
+            " x=\"1\"", "\xFF\xFE",  "\xEF\xBB\xBF", std::string("\0", 1)};
+}
+
+std::vector<std::string> AiffTokens()
+{
+    return {"FORM",
+            "AIFF",
+            "AIFC",
+            "COMM",
+            "SSND",
+            "MARK",
+            "NONE",
+            "sowt",
+            "fl32",
+            "FVER",
+            "ANNO",
+            std::string("\x40\x0E\xAC\x44", 4),
+            std::string("\x7F\xFF", 2)};
+}
+
+} // namespace
+
+const std::vector<FuzzTarget>& Targets()
+{
+    static const std::vector<FuzzTarget> targets = {
+        {"xml", XmlSeeds, XmlTokens(), 1u << 20, RunXml},
+        {"aiff", AiffSeeds, AiffTokens(), 1u << 16, RunAiff},
+    };
+    return targets;
+}
+
+} // namespace tqfuzz
