@@ -2,6 +2,7 @@
 // host sees, where edits go and how the rings behave when nobody empties them.
 #include "vst3componenthandler.h"
 
+#include "pluginterfaces/vst/ivstcomponent.h"
 #include "uniquehandle.h"
 
 #include <gtest/gtest.h>
@@ -27,8 +28,10 @@ struct Param
 };
 
 // A controller that lists the given parameters and maps MIDI controller n of channel c to
-// parameter 1000 * c + n + shift, or to nothing for odd n.
-class FakeController final : public IEditController, public IMidiMapping
+// parameter 1000 * c + n + shift, or to nothing for odd n. With unit information its units are
+// 0 (program list 1), 5 (list 2), 6 (no list) and 7 (list 3); MIDI channels 0 to 4 belong to
+// units 0, 5, 6, 7 and an unknown 9, higher channels to none.
+class FakeController final : public IEditController, public IMidiMapping, public IUnitInfo
 {
 public:
     explicit FakeController(std::vector<Param> params) : m_params(std::move(params)) {}
@@ -40,6 +43,8 @@ public:
             *obj = static_cast<IEditController*>(this);
         else if (iidEqual(iid, IMidiMapping::iid) && m_hasMidiMapping)
             *obj = static_cast<IMidiMapping*>(this);
+        else if (iidEqual(iid, IUnitInfo::iid) && m_hasUnitInfo)
+            *obj = static_cast<IUnitInfo*>(this);
         else
             return kNoInterface;
         addRef();
@@ -88,7 +93,47 @@ public:
         return kResultOk;
     }
 
+    int32 PLUGIN_API getUnitCount() override { return 4; }
+    tresult PLUGIN_API getUnitInfo(int32 index, UnitInfo& info) override
+    {
+        const UnitInfo units[] = {{0, kNoParentUnitId, {}, 1},
+                                  {5, 0, {}, 2},
+                                  {6, 0, {}, kNoProgramListId},
+                                  {7, 0, {}, 3}};
+        if (index < 0 || index >= 4) return kResultFalse;
+        info = units[index];
+        return kResultOk;
+    }
+    int32 PLUGIN_API getProgramListCount() override { return 0; }
+    tresult PLUGIN_API getProgramListInfo(int32, ProgramListInfo&) override { return kResultFalse; }
+    tresult PLUGIN_API getProgramName(ProgramListID, int32, String128) override
+    {
+        return kResultFalse;
+    }
+    tresult PLUGIN_API getProgramInfo(ProgramListID, int32, CString, String128) override
+    {
+        return kResultFalse;
+    }
+    tresult PLUGIN_API hasProgramPitchNames(ProgramListID, int32) override { return kResultFalse; }
+    tresult PLUGIN_API getProgramPitchName(ProgramListID, int32, int16, String128) override
+    {
+        return kResultFalse;
+    }
+    UnitID PLUGIN_API getSelectedUnit() override { return 0; }
+    tresult PLUGIN_API selectUnit(UnitID) override { return kResultFalse; }
+    tresult PLUGIN_API getUnitByBus(MediaType type, BusDirection dir, int32 bus, int32 channel,
+                                    UnitID& unit) override
+    {
+        const UnitID units[] = {0, 5, 6, 7, 9};
+        if (type != kEvent || dir != kInput || bus != 0 || channel < 0 || channel >= 5)
+            return kResultFalse;
+        unit = units[channel];
+        return kResultOk;
+    }
+    tresult PLUGIN_API setUnitProgramData(int32, int32, IBStream*) override { return kResultFalse; }
+
     std::vector<Param> m_params;
+    bool m_hasUnitInfo = false;
     int32 m_failingIndex = -1;
     bool m_hasMidiMapping = true;
     ParamID m_midiShift = 0;
@@ -232,6 +277,40 @@ TEST(Vst3ComponentHandler, ListsOnlyParametersTheHostMaySet)
     // No unit information: no channel has a program-change parameter.
     EXPECT_EQ(kNone, handler.ChannelProgramParamId(0));
     EXPECT_EQ(-1, handler.ChannelProgramParamIndex(0));
+}
+
+TEST(Vst3ComponentHandler, FindsTheProgramChangeParameterOfEachMidiChannel)
+{
+    FakeController controller({
+        {20, ParameterInfo::kCanAutomate, 5},
+        {21, ParameterInfo::kIsProgramChange, 5},
+        {22, ParameterInfo::kIsProgramChange, 6},
+        {23, ParameterInfo::kIsProgramChange},
+        {24, ParameterInfo::kIsProgramChange, 5},
+    });
+    controller.m_hasUnitInfo = true;
+    auto* handler = new Vst3ComponentHandler(nullptr, &controller);
+    handler->BuildParameterList();
+    const struct
+    {
+        ParamID id;
+        int32 index;
+    } expected[16] = {
+        {23, 3},     // root unit
+        {21, 1},     // the first of unit 5
+        {kNone, -1}, // unit 6 has no program list
+        {kNone, -1}, // unit 7 has a list but no parameter
+        {kNone, -1}, // unit 9 is not among the units
+    };
+    for (int channel = 0; channel < 16; ++channel)
+    {
+        const ParamID id = channel < 5 ? expected[channel].id : kNone;
+        const int32 index = channel < 5 ? expected[channel].index : -1;
+        EXPECT_EQ(id, handler->ChannelProgramParamId(channel)) << channel;
+        EXPECT_EQ(index, handler->ChannelProgramParamIndex(channel)) << channel;
+    }
+    handler->release();
+    EXPECT_EQ(1u, controller.m_refs); // unit information and MIDI mapping given back
 }
 
 TEST(Vst3ComponentHandler, EditsReachTheProcessorAndPendingValuesOnly)
