@@ -8,13 +8,13 @@ if(TQ_FFMPEG)
     set(media_dir ${CMAKE_BINARY_DIR}/bin/testmedia)
     set(media_files)
     # name, codec, channels, rate; the raw form is the codec's sample layout
-    foreach(spec "s16be;pcm_s16be;1;44100" "s24be;pcm_s24be;2;48000" "s32be;pcm_s32be;6;96000"
+    foreach(reference "s16be;pcm_s16be;1;44100" "s24be;pcm_s24be;2;48000" "s32be;pcm_s32be;6;96000"
                  "s8;pcm_s8;2;22050" "s16le;pcm_s16le;2;48000" "s16be;pcm_s16be;8;8000"
                  "f32be;pcm_f32be;2;48000")
-        list(GET spec 0 raw)
-        list(GET spec 1 codec)
-        list(GET spec 2 channels)
-        list(GET spec 3 rate)
+        list(GET reference 0 raw)
+        list(GET reference 1 codec)
+        list(GET reference 2 channels)
+        list(GET reference 3 rate)
         # A different tone in every channel, so that channel order shows.
         set(expr "")
         foreach(ch RANGE 1 ${channels})
