@@ -87,6 +87,11 @@ const char* const kSample[] = {
     "_ZN4CLog4InitEPKwmii",
     "_ZN4CLog5WriteEmPKciPKwz",
     "_ZN4CLog8ShutdownEv",
+    // memory tokens and handle passing, the classes under their C++ names
+    "DuplicateHandleFromProcessId",
+    "DuplicateHandleToProcessId",
+    "_ZN23CMappingOfTqMemoryTokenC1ERK14_tqmemorytokenm",
+    "_ZNK24COutOfProcessMemoryToken14GetMemoryTokenEP14_tqmemorytoken",
     // audio data
     "TqAudio_GetSampleType",
     "TqAudio_GetCopyFunction2",
