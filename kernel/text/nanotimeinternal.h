@@ -30,6 +30,28 @@ struct MusicGrid
     LONGLONG MeasureTicks() const { return beatTicks * beatsPerMeasure; }
 };
 
+// The SMPTE timecode type of a position format, 0 for a format that is not timecode.
+inline UINT32 SmpteTypeOf(int format)
+{
+    switch (format)
+    {
+    case TQPOSFMT_SMPTE2997:
+        return TQSMPTE_TYPE_2997;
+    case TQPOSFMT_SMPTE30:
+        return TQSMPTE_TYPE_30;
+    case TQPOSFMT_SMPTE2997DROP:
+        return TQSMPTE_TYPE_2997DROP;
+    case TQPOSFMT_SMPTE25:
+        return TQSMPTE_TYPE_25;
+    case TQPOSFMT_SMPTE24:
+        return TQSMPTE_TYPE_24;
+    case TQPOSFMT_SMPTE23976:
+        return TQSMPTE_TYPE_23976;
+    default:
+        return 0;
+    }
+}
+
 // A nano-time computed in floating point, rounded to nearest and held within the bounds.
 inline LONGLONG ClampToNanoTime(double value)
 {

@@ -157,25 +157,6 @@ Parsed Music(const wchar_t* text, const _tqposfmt& format, DWORD flags)
     return p;
 }
 
-UINT32 SmpteTypeOf(int format)
-{
-    switch (format)
-    {
-    case TQPOSFMT_SMPTE2997:
-        return TQSMPTE_TYPE_2997;
-    case TQPOSFMT_SMPTE30:
-        return TQSMPTE_TYPE_30;
-    case TQPOSFMT_SMPTE2997DROP:
-        return TQSMPTE_TYPE_2997DROP;
-    case TQPOSFMT_SMPTE25:
-        return TQSMPTE_TYPE_25;
-    case TQPOSFMT_SMPTE24:
-        return TQSMPTE_TYPE_24;
-    default:
-        return TQSMPTE_TYPE_23976;
-    }
-}
-
 Parsed ByFormat(const wchar_t* text, const _tqposfmt& format, DWORD flags)
 {
     switch (format.format)

@@ -66,28 +66,6 @@ const wchar_t* TableFormat(int format, DWORD flags)
                        (flags & TQPOSFMT_SHORT) ? kShortFormats[format] : kNormalFormats[format]);
 }
 
-// SMPTE timecode types of the formats 6 to 10 and 18.
-UINT32 SmpteTypeOf(int format)
-{
-    switch (format)
-    {
-    case TQPOSFMT_SMPTE2997:
-        return TQSMPTE_TYPE_2997;
-    case TQPOSFMT_SMPTE30:
-        return TQSMPTE_TYPE_30;
-    case TQPOSFMT_SMPTE2997DROP:
-        return TQSMPTE_TYPE_2997DROP;
-    case TQPOSFMT_SMPTE25:
-        return TQSMPTE_TYPE_25;
-    case TQPOSFMT_SMPTE24:
-        return TQSMPTE_TYPE_24;
-    case TQPOSFMT_SMPTE23976:
-        return TQSMPTE_TYPE_23976;
-    default:
-        return 0;
-    }
-}
-
 LONGLONG TruncateToInt64(long double value)
 {
     if (!(value < 9.2e18L)) return isnan(value) ? 0 : LLONG_MAX;

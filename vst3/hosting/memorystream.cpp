@@ -1,6 +1,8 @@
 // An IBStream in memory.
 #include "memorystream.h"
 
+#include "streamposition.h"
+
 #include <cstdlib>
 #include <cstring>
 #include <limits>
@@ -47,9 +49,8 @@ bool MemoryStream::reserve(TSize capacity)
 tresult PLUGIN_API MemoryStream::read(void* buffer, int32 numBytes, int32* numBytesRead)
 {
     if (numBytesRead) *numBytesRead = 0;
-    if (numBytes < 0 || (numBytes > 0 && !buffer)) return kInvalidArgument;
-    TSize available = m_position < m_size ? m_size - m_position : 0;
-    const int32 count = static_cast<int32>(available < numBytes ? available : numBytes);
+    if (!streamposition::validTransfer(buffer, numBytes)) return kInvalidArgument;
+    const int32 count = streamposition::readable(m_position, m_size, numBytes);
     if (count > 0)
     {
         std::memcpy(buffer, m_data + m_position, static_cast<size_t>(count));
@@ -62,7 +63,7 @@ tresult PLUGIN_API MemoryStream::read(void* buffer, int32 numBytes, int32* numBy
 tresult PLUGIN_API MemoryStream::write(void* buffer, int32 numBytes, int32* numBytesWritten)
 {
     if (numBytesWritten) *numBytesWritten = 0;
-    if (numBytes < 0 || (numBytes > 0 && !buffer)) return kInvalidArgument;
+    if (!streamposition::validTransfer(buffer, numBytes)) return kInvalidArgument;
     if (!m_owned) return kResultFalse;
     const TSize end = m_position + numBytes;
     if (!reserve(end)) return kOutOfMemory;
@@ -79,19 +80,7 @@ tresult PLUGIN_API MemoryStream::write(void* buffer, int32 numBytes, int32* numB
 tresult PLUGIN_API MemoryStream::seek(int64 pos, int32 mode, int64* result)
 {
     TSize base = 0;
-    switch (mode)
-    {
-    case kIBSeekSet:
-        break;
-    case kIBSeekCur:
-        base = m_position;
-        break;
-    case kIBSeekEnd:
-        base = m_size;
-        break;
-    default:
-        return kInvalidArgument;
-    }
+    if (!streamposition::seekOrigin(mode, m_position, m_size, base)) return kInvalidArgument;
     if (pos > kMaxSize || pos < -kMaxSize) return kInvalidArgument;
     const TSize target = base + pos;
     if (target < 0 || target > kMaxSize) return kInvalidArgument;
@@ -102,9 +91,7 @@ tresult PLUGIN_API MemoryStream::seek(int64 pos, int32 mode, int64* result)
 
 tresult PLUGIN_API MemoryStream::tell(int64* pos)
 {
-    if (!pos) return kInvalidArgument;
-    *pos = m_position;
-    return kResultOk;
+    return streamposition::tell(m_position, pos);
 }
 
 } // namespace vst3

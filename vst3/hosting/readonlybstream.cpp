@@ -1,6 +1,8 @@
 // A read-only window onto a range of another stream.
 #include "readonlybstream.h"
 
+#include "streamposition.h"
+
 namespace vst3 {
 
 ReadOnlyBStream::ReadOnlyBStream(IBStream* source, TSize offset, TSize size)
@@ -18,9 +20,8 @@ tresult PLUGIN_API ReadOnlyBStream::read(void* buffer, int32 numBytes, int32* nu
 {
     if (numBytesRead) *numBytesRead = 0;
     if (!m_source) return kNotInitialized;
-    if (numBytes < 0 || (numBytes > 0 && !buffer)) return kInvalidArgument;
-    const TSize left = m_size - m_position;
-    const int32 wanted = static_cast<int32>(left < numBytes ? left : numBytes);
+    if (!streamposition::validTransfer(buffer, numBytes)) return kInvalidArgument;
+    const int32 wanted = streamposition::readable(m_position, m_size, numBytes);
     if (wanted <= 0) return kResultOk;
     tresult result = m_source->seek(m_offset + m_position, kIBSeekSet, nullptr);
     if (result != kResultOk) return result;
@@ -41,19 +42,7 @@ tresult PLUGIN_API ReadOnlyBStream::write(void*, int32, int32* numBytesWritten)
 tresult PLUGIN_API ReadOnlyBStream::seek(int64 pos, int32 mode, int64* result)
 {
     TSize base = 0;
-    switch (mode)
-    {
-    case kIBSeekSet:
-        break;
-    case kIBSeekCur:
-        base = m_position;
-        break;
-    case kIBSeekEnd:
-        base = m_size;
-        break;
-    default:
-        return kInvalidArgument;
-    }
+    if (!streamposition::seekOrigin(mode, m_position, m_size, base)) return kInvalidArgument;
     TSize target = (pos > m_size || pos < -m_size) ? (pos < 0 ? 0 : m_size) : base + pos;
     if (target < 0) target = 0;
     if (target > m_size) target = m_size;
@@ -64,9 +53,7 @@ tresult PLUGIN_API ReadOnlyBStream::seek(int64 pos, int32 mode, int64* result)
 
 tresult PLUGIN_API ReadOnlyBStream::tell(int64* pos)
 {
-    if (!pos) return kInvalidArgument;
-    *pos = m_position;
-    return kResultOk;
+    return streamposition::tell(m_position, pos);
 }
 
 } // namespace vst3

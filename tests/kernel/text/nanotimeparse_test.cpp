@@ -2,6 +2,7 @@
 // origin, clamping, the parsers by kind, German separators and hostile text.
 #include "tqnanotime.h"
 
+#include "nanotimerecord.h"
 #include "support/kernelenvironment.h"
 #include "testlocales.h"
 
@@ -11,24 +12,12 @@
 
 namespace {
 
+using tq::test::Record;
 using tq::text::ScopedNumberLocale;
 
 constexpr LONGLONG kSecond = 10000000;
 constexpr LONGLONG kDay = 86400 * kSecond;
 constexpr LONGLONG kPosition = 37234560000LL; // 1 h 2 min 3.456 s
-
-_tqposfmt Record(int format)
-{
-    _tqposfmt record = {};
-    record.format = format;
-    record.sampleRate = 48000;
-    record.frameRate = 25.0;
-    record.tempo = 120.0;
-    record.beatNote = 4;
-    record.beatsPerMeasure = 4;
-    record.ticksPerBeat = 960;
-    return record;
-}
 
 std::wstring Text(const _tqposfmt& record, LONGLONG time, DWORD flags)
 {

@@ -2,6 +2,7 @@
 // the splits beneath, capacities and the German separators.
 #include "tqnanotime.h"
 
+#include "nanotimerecord.h"
 #include "support/kernelenvironment.h"
 #include "testlocales.h"
 
@@ -11,20 +12,8 @@
 
 namespace {
 
+using tq::test::Record;
 using tq::text::ScopedNumberLocale;
-
-_tqposfmt Record(int format)
-{
-    _tqposfmt record = {};
-    record.format = format;
-    record.sampleRate = 48000;
-    record.frameRate = 25.0;
-    record.tempo = 120.0;
-    record.beatNote = 4;
-    record.beatsPerMeasure = 4;
-    record.ticksPerBeat = 960;
-    return record;
-}
 
 std::wstring Text(int format, LONGLONG time, DWORD flags = 0)
 {

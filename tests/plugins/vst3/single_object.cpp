@@ -2,10 +2,8 @@
 // IAudioProcessor and IEditController, so a host must initialise and terminate it once only.
 // It counts those calls and reports them as read-only parameters.
 #include "hosting/streamer.h"
-#include "pluginterfaces/vst/ivstaudioprocessor.h"
 #include "pluginterfaces/vst/ivsteditcontroller.h"
-#include "pluginterfaces/vst/vstspeaker.h"
-#include "vst3plugin.h"
+#include "stereoeffect.h"
 
 #include <new>
 
@@ -23,9 +21,11 @@ enum : ParamID
     kParameterCount
 };
 
-class SingleObject final : public IComponent, public IAudioProcessor, public IEditController
+class SingleObject final : public vst3plugin::StereoEffect<IEditController>
 {
 public:
+    SingleObject() : StereoEffect(u"Stereo", u"Stereo") {}
+
     tresult PLUGIN_API queryInterface(const TUID iid, void** obj) override
     {
         if (!obj) return kInvalidArgument;
@@ -39,14 +39,6 @@ public:
             return kResultOk;
         return kNoInterface;
     }
-    uint32 PLUGIN_API addRef() override { return ++m_refs; }
-    uint32 PLUGIN_API release() override
-    {
-        const uint32 left = --m_refs;
-        if (left == 0) delete this;
-        return left;
-    }
-
     tresult PLUGIN_API initialize(FUnknown*) override
     {
         ++m_initializeCount;
@@ -60,33 +52,6 @@ public:
 
     // IComponent
     tresult PLUGIN_API getControllerClassId(TUID) override { return kNotImplemented; }
-    tresult PLUGIN_API setIoMode(IoMode) override { return kResultOk; }
-    int32 PLUGIN_API getBusCount(MediaType type, BusDirection) override
-    {
-        return type == kAudio ? 1 : 0;
-    }
-    tresult PLUGIN_API getBusInfo(MediaType type, BusDirection dir, int32 index,
-                                  BusInfo& bus) override
-    {
-        if (type != kAudio || index != 0) return kInvalidArgument;
-        bus = {};
-        bus.mediaType = kAudio;
-        bus.direction = dir;
-        bus.channelCount = 2;
-        vst3plugin::putText(bus.name, u"Stereo");
-        bus.busType = kMain;
-        bus.flags = BusInfo::kDefaultActive;
-        return kResultOk;
-    }
-    tresult PLUGIN_API getRoutingInfo(RoutingInfo&, RoutingInfo&) override
-    {
-        return kNotImplemented;
-    }
-    tresult PLUGIN_API activateBus(MediaType type, BusDirection, int32 index, TBool) override
-    {
-        return type == kAudio && index == 0 ? kResultOk : kInvalidArgument;
-    }
-    tresult PLUGIN_API setActive(TBool) override { return kResultOk; }
     tresult PLUGIN_API setState(IBStream* stream) override
     {
         return IBStreamer(stream).readDouble(m_gain) ? kResultOk : kResultFalse;
@@ -97,28 +62,6 @@ public:
     }
 
     // IAudioProcessor
-    tresult PLUGIN_API setBusArrangements(SpeakerArrangement* inputs, int32 numIns,
-                                          SpeakerArrangement* outputs, int32 numOuts) override
-    {
-        return numIns == 1 && numOuts == 1 && inputs[0] == SpeakerArr::kStereo &&
-                       outputs[0] == SpeakerArr::kStereo
-                   ? kResultOk
-                   : kResultFalse;
-    }
-    tresult PLUGIN_API getBusArrangement(BusDirection, int32 index,
-                                         SpeakerArrangement& arr) override
-    {
-        if (index != 0) return kInvalidArgument;
-        arr = SpeakerArr::kStereo;
-        return kResultOk;
-    }
-    tresult PLUGIN_API canProcessSampleSize(int32 size) override
-    {
-        return size == kSample32 ? kResultOk : kResultFalse;
-    }
-    uint32 PLUGIN_API getLatencySamples() override { return 0; }
-    tresult PLUGIN_API setupProcessing(ProcessSetup&) override { return kResultOk; }
-    tresult PLUGIN_API setProcessing(TBool) override { return kResultOk; }
     tresult PLUGIN_API process(ProcessData& data) override
     {
         if (IParameterChanges* changes = data.inputParameterChanges)
@@ -133,18 +76,9 @@ public:
                     m_gain = value;
             }
         }
-        if (data.numInputs < 1 || data.numOutputs < 1) return kResultOk;
-        const float gain = static_cast<float>(2.0 * m_gain);
-        for (int32 c = 0; c < 2; ++c)
-        {
-            const float* in = data.inputs[0].channelBuffers32[c];
-            float* out = data.outputs[0].channelBuffers32[c];
-            for (int32 i = 0; in && out && i < data.numSamples; ++i)
-                out[i] = in[i] * gain;
-        }
+        scale(data, static_cast<float>(2.0 * m_gain));
         return kResultOk;
     }
-    uint32 PLUGIN_API getTailSamples() override { return kNoTail; }
 
     // IEditController. setState and getState above serve both interfaces: one object, one state.
     tresult PLUGIN_API setComponentState(IBStream*) override { return kResultOk; }
@@ -203,7 +137,6 @@ public:
 private:
     ~SingleObject() = default;
 
-    std::atomic<uint32> m_refs{1};
     double m_gain = 0.5;
     int m_initializeCount = 0;
     int m_terminateCount = 0;

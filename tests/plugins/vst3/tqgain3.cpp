@@ -2,12 +2,10 @@
 // joined through connection points, with a bypass, a read-only peak meter, and a program-change
 // parameter on the root unit backed by a unit program list.
 #include "hosting/streamer.h"
-#include "pluginterfaces/vst/ivstaudioprocessor.h"
 #include "pluginterfaces/vst/ivsteditcontroller.h"
 #include "pluginterfaces/vst/ivsthostapplication.h"
 #include "pluginterfaces/vst/ivstunits.h"
-#include "pluginterfaces/vst/vstspeaker.h"
-#include "vst3plugin.h"
+#include "stereoeffect.h"
 
 #include <cmath>
 #include <cstdio>
@@ -68,9 +66,11 @@ struct GainState
     }
 };
 
-class Processor final : public IComponent, public IAudioProcessor, public IConnectionPoint
+class Processor final : public vst3plugin::StereoEffect<IConnectionPoint>
 {
 public:
+    Processor() : StereoEffect(u"Stereo In", u"Stereo Out") {}
+
     tresult PLUGIN_API queryInterface(const TUID iid, void** obj) override
     {
         if (!obj) return kInvalidArgument;
@@ -84,14 +84,6 @@ public:
             return kResultOk;
         return kNoInterface;
     }
-    uint32 PLUGIN_API addRef() override { return ++m_refs; }
-    uint32 PLUGIN_API release() override
-    {
-        const uint32 left = --m_refs;
-        if (left == 0) delete this;
-        return left;
-    }
-
     tresult PLUGIN_API initialize(FUnknown* context) override
     {
         if (context)
@@ -110,33 +102,6 @@ public:
         std::memcpy(classId, kControllerId.toTUID(), sizeof(TUID));
         return kResultOk;
     }
-    tresult PLUGIN_API setIoMode(IoMode) override { return kResultOk; }
-    int32 PLUGIN_API getBusCount(MediaType type, BusDirection) override
-    {
-        return type == kAudio ? 1 : 0;
-    }
-    tresult PLUGIN_API getBusInfo(MediaType type, BusDirection dir, int32 index,
-                                  BusInfo& bus) override
-    {
-        if (type != kAudio || index != 0) return kInvalidArgument;
-        bus = {};
-        bus.mediaType = kAudio;
-        bus.direction = dir;
-        bus.channelCount = 2;
-        vst3plugin::putText(bus.name, dir == kInput ? u"Stereo In" : u"Stereo Out");
-        bus.busType = kMain;
-        bus.flags = BusInfo::kDefaultActive;
-        return kResultOk;
-    }
-    tresult PLUGIN_API getRoutingInfo(RoutingInfo&, RoutingInfo&) override
-    {
-        return kNotImplemented;
-    }
-    tresult PLUGIN_API activateBus(MediaType type, BusDirection, int32 index, TBool) override
-    {
-        return type == kAudio && index == 0 ? kResultOk : kInvalidArgument;
-    }
-    tresult PLUGIN_API setActive(TBool) override { return kResultOk; }
     tresult PLUGIN_API setState(IBStream* stream) override
     {
         return m_state.read(stream) ? kResultOk : kResultFalse;
@@ -146,47 +111,12 @@ public:
         return m_state.write(stream) ? kResultOk : kResultFalse;
     }
 
-    tresult PLUGIN_API setBusArrangements(SpeakerArrangement* inputs, int32 numIns,
-                                          SpeakerArrangement* outputs, int32 numOuts) override
-    {
-        return numIns == 1 && numOuts == 1 && inputs[0] == SpeakerArr::kStereo &&
-                       outputs[0] == SpeakerArr::kStereo
-                   ? kResultOk
-                   : kResultFalse;
-    }
-    tresult PLUGIN_API getBusArrangement(BusDirection, int32 index,
-                                         SpeakerArrangement& arr) override
-    {
-        if (index != 0) return kInvalidArgument;
-        arr = SpeakerArr::kStereo;
-        return kResultOk;
-    }
-    tresult PLUGIN_API canProcessSampleSize(int32 size) override
-    {
-        return size == kSample32 ? kResultOk : kResultFalse;
-    }
-    uint32 PLUGIN_API getLatencySamples() override { return 0; }
-    tresult PLUGIN_API setupProcessing(ProcessSetup&) override { return kResultOk; }
-    tresult PLUGIN_API setProcessing(TBool) override { return kResultOk; }
     tresult PLUGIN_API process(ProcessData& data) override
     {
         applyChanges(data.inputParameterChanges);
         if (data.numInputs < 1 || data.numOutputs < 1 || data.numSamples <= 0) return kResultOk;
-        const AudioBusBuffers& in = data.inputs[0];
-        const AudioBusBuffers& out = data.outputs[0];
-        const float gain = m_state.bypass ? 1.0f : static_cast<float>(2.0 * m_state.gain);
-        float peak = 0.0f;
-        for (int32 c = 0; c < 2 && c < in.numChannels && c < out.numChannels; ++c)
-        {
-            const float* source = in.channelBuffers32[c];
-            float* target = out.channelBuffers32[c];
-            if (!source || !target) continue;
-            for (int32 i = 0; i < data.numSamples; ++i)
-            {
-                target[i] = source[i] * gain;
-                peak = std::fmax(peak, std::fabs(target[i]));
-            }
-        }
+        const float peak =
+            scale(data, m_state.bypass ? 1.0f : static_cast<float>(2.0 * m_state.gain));
         if (data.outputParameterChanges)
         {
             int32 index = 0;
@@ -196,7 +126,6 @@ public:
         }
         return kResultOk;
     }
-    uint32 PLUGIN_API getTailSamples() override { return kNoTail; }
 
     // On connecting, the processor tells the controller its state as a binary attribute.
     tresult PLUGIN_API connect(IConnectionPoint* other) override
@@ -258,13 +187,12 @@ private:
         }
     }
 
-    std::atomic<uint32> m_refs{1};
     IHostApplication* m_host = nullptr;
     IConnectionPoint* m_peer = nullptr;
     GainState m_state;
 };
 
-class Controller final : public IEditController, public IConnectionPoint, public IUnitInfo
+class Controller final : public vst3plugin::Object<IEditController, IConnectionPoint, IUnitInfo>
 {
 public:
     tresult PLUGIN_API queryInterface(const TUID iid, void** obj) override
@@ -280,14 +208,6 @@ public:
             return kResultOk;
         return kNoInterface;
     }
-    uint32 PLUGIN_API addRef() override { return ++m_refs; }
-    uint32 PLUGIN_API release() override
-    {
-        const uint32 left = --m_refs;
-        if (left == 0) delete this;
-        return left;
-    }
-
     tresult PLUGIN_API initialize(FUnknown*) override { return kResultOk; }
     tresult PLUGIN_API terminate() override
     {
@@ -482,7 +402,6 @@ public:
 private:
     ~Controller() { setComponentHandler(nullptr); }
 
-    std::atomic<uint32> m_refs{1};
     IComponentHandler* m_handler = nullptr;
     double m_values[kParameterCount] = {0.5, 0.0, 0.0, 0.0};
 };
