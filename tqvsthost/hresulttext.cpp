@@ -55,6 +55,9 @@ constexpr KnownResult kKnownResults[] = {
     {E_UNEXPECTED, ResultArea::Preset,
      L"the file ends early, or its chunk or the plug-in's is empty"},
     {E_UNEXPECTED, ResultArea::General, L"an unexpected failure"},
+    // What a host gets when the server it started did not say it was ready within 5 s.
+    {REGDB_E_CLASSNOTREG, ResultArea::General,
+     L"the plug-in server did not become ready in time; try again"},
     {static_cast<HRESULT>(0x800706BA), ResultArea::General,
      L"the server process is not available (it ended)"},
     {static_cast<HRESULT>(0x800706BE), ResultArea::General,
