@@ -16,8 +16,8 @@ struct Bank
     vst2::AEffect effect; // first, so the record's address is the object's
     bool indexedNames;
     int32_t current = 0;
-    float values[kPrograms][kParams];
-    char names[kPrograms][testplugin::kTextCapacity];
+    float values[kPrograms][kParams] = {};
+    char names[kPrograms][testplugin::kTextCapacity] = {};
 };
 
 // Every switch a host makes, as "b" (begin), "s<n>" (set) and "e" (end), space-separated.
