@@ -125,7 +125,7 @@ TQKERNEL_API int TqDirectoryUpOneLevel(wchar_t* path);
 TQKERNEL_API HRESULT TqGetUniqueSubFolder(const wchar_t* parent, const wchar_t* name,
                                           wchar_t* buffer, int capacity);
 
-// --- Special and shared folders (tqspecialfolder.cpp) ---
+// --- Special and shared folders (tqsystemfolder.cpp) ---
 // A system folder with the product and version below it, created if needed, ending in '\'.
 // Folders hidden by default get "Ostrel\<product>\<major>.<minor>\", the user's own visible ones
 // only "<product>\<major>.<minor>\". capacity must be at least MAX_PATH.
