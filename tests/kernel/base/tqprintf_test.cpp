@@ -13,6 +13,7 @@ namespace {
 
 using tq::test::English;
 using tq::test::German;
+using tq::test::GroupedInThrees;
 using tq::text::LocaleItem;
 using tq::text::ScopedNumberLocale;
 
@@ -187,20 +188,6 @@ std::wstring CFormatted(const wchar_t* format, Value value)
     return std::wstring(buffer, static_cast<size_t>(length));
 }
 
-// English grouping of a plain number text, done by hand.
-std::wstring GroupedInThrees(const std::wstring& number)
-{
-    const size_t point = number.find(L'.');
-    const size_t end = point == std::wstring::npos ? number.size() : point;
-    const size_t first = number[0] == L'-' ? 1 : 0;
-    std::wstring result = number.substr(0, first);
-    for (size_t i = first; i < end; ++i)
-    {
-        if (i > first && (end - i) % 3 == 0) result += L',';
-        result += number[i];
-    }
-    return result + number.substr(end);
-}
 
 TEST_F(PrintF, NumbersOfManyDigitsKeepEveryDigit)
 {

@@ -11,6 +11,7 @@ namespace {
 
 using tq::test::English;
 using tq::test::German;
+using tq::test::GroupedInThrees;
 using tq::test::Indian;
 using tq::text::ScopedNumberLocale;
 
@@ -122,20 +123,6 @@ TEST(FormatNumber, CapacityCountsTheTerminator)
     EXPECT_STREQ(buffer, L"");
 }
 
-// A digit text grouped in threes with commas, the English form, to compare long results with.
-std::wstring GroupedInThrees(const std::wstring& number)
-{
-    const size_t point = number.find(L'.');
-    const size_t end = point == std::wstring::npos ? number.size() : point;
-    const size_t first = number[0] == L'-' ? 1 : 0;
-    std::wstring result = number.substr(0, first);
-    for (size_t i = first; i < end; ++i)
-    {
-        if (i > first && (end - i) % 3 == 0) result += L',';
-        result += number[i];
-    }
-    return result + number.substr(end);
-}
 
 std::wstring FormatLong(Kind kind, const std::wstring& text, int decimals = -1)
 {

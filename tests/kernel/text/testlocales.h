@@ -6,6 +6,8 @@
 
 #include <string.h>
 
+#include <string>
+
 namespace tq::test {
 
 inline text::LocaleText Text(const wchar_t* value)
@@ -52,6 +54,22 @@ inline text::NumberLocale German()
 inline text::NumberLocale Indian()
 {
     return MakeLocale(L",", L".", 32, L",");
+}
+
+// A plain digit text grouped in threes with commas, the English form, done by hand to compare long
+// results with.
+inline std::wstring GroupedInThrees(const std::wstring& number)
+{
+    const size_t point = number.find(L'.');
+    const size_t end = point == std::wstring::npos ? number.size() : point;
+    const size_t first = number[0] == L'-' ? 1 : 0;
+    std::wstring result = number.substr(0, first);
+    for (size_t i = first; i < end; ++i)
+    {
+        if (i > first && (end - i) % 3 == 0) result += L',';
+        result += number[i];
+    }
+    return result + number.substr(end);
 }
 
 } // namespace tq::test
