@@ -52,6 +52,9 @@ constexpr DWORD kServerContext =
     CLSCTX_INPROC_SERVER | CLSCTX_INPROC_HANDLER | CLSCTX_LOCAL_SERVER | CLSCTX_REMOTE_SERVER;
 static_assert(kServerContext == 23);
 constexpr DWORD kServerStartTimeoutMs = 5000;
+// Once a server has signalled, its class is registered: the first request normally gets it.
+constexpr DWORD kServerReachTimeoutMs = 1000;
+constexpr int kServerStartAttempts = 3;
 
 #ifdef _WIN64
 constexpr wchar_t kProxyStubFile[] = L"TqVstProxyStubx64.dll";
@@ -118,11 +121,11 @@ std::wstring ServerCommandLine(int location, const wchar_t* eventName, const wch
     return line;
 }
 
-// Asks for the started server's class object until it can be had. The server registers it before
-// it signals, but other processes learn of registrations only through a service process of the
-// platform's own: a class not known there yet is asked for again, as long as the server lives and
-// the start budget lasts.
-HRESULT ReachServer(const CLSID& clsid, HANDLE process, DWORD startTick,
+// Asks for the started server's class object until it can be had or `budgetMs` has passed since
+// `fromTick`. The server registers it before it signals, but other processes learn of
+// registrations only through a service process of the platform's own: a class not known there
+// yet is asked for again, as long as the server lives.
+HRESULT ReachServer(const CLSID& clsid, HANDLE process, DWORD fromTick, DWORD budgetMs,
                     tq::ComPtr<IClassFactory>& classObject)
 {
     DWORD pauseMs = 5;
@@ -131,18 +134,71 @@ HRESULT ReachServer(const CLSID& clsid, HANDLE process, DWORD startTick,
         const HRESULT hr = CoGetClassObject(clsid, kServerContext, nullptr, IID_IClassFactory,
                                             classObject.PutVoid());
         if (hr != REGDB_E_CLASSNOTREG) return hr;
-        const DWORD elapsed = GetTickCount() - startTick;
-        if (elapsed >= kServerStartTimeoutMs) return hr;
-        if (WaitForSingleObject(process, std::min(pauseMs, kServerStartTimeoutMs - elapsed)) ==
-            WAIT_OBJECT_0)
+        const DWORD elapsed = GetTickCount() - fromTick;
+        if (elapsed >= budgetMs) return hr;
+        if (WaitForSingleObject(process, std::min(pauseMs, budgetMs - elapsed)) == WAIT_OBJECT_0)
             return hr;
         pauseMs = std::min<DWORD>(pauseMs * 2, 100);
     }
 }
 
-// Starts the location's server and waits until its class object can be had. A server that cannot
-// be reached in time is ended, since no host would ever hold it, and the location is left without
-// one. A server that was not ready in time leaves the caller the result of its first attempt.
+enum class StartOutcome
+{
+    Reached,     // the class object is in hand
+    NotReady,    // the server died or did not signal in time
+    Unreachable, // the server signalled, but its class could not be had
+};
+
+// Starts the location's server once and waits until its class object can be had. A server that
+// cannot be reached is ended, since no host would ever hold it, and the location is left without
+// one.
+StartOutcome StartServerOnce(int location, const std::wstring& line, HANDLE ready,
+                             tq::ComPtr<IClassFactory>& classObject, HRESULT& hr)
+{
+    STARTUPINFOW startup = {};
+    PROCESS_INFORMATION started = {};
+    std::wstring commandLine = line;
+    if (!CreateProcessW(nullptr, commandLine.data(), nullptr, nullptr, TRUE, CREATE_SUSPENDED,
+                        nullptr, nullptr, &startup, &started))
+        return StartOutcome::NotReady;
+    tq::UniqueHandle process(started.hProcess);
+    tq::UniqueHandle thread(started.hThread);
+
+    LocationState& state = g_locations[location];
+    state.processId = started.dwProcessId;
+    state.clsid = ServerClassId(started.dwProcessId);
+    // The crash monitor must know the process before its first instruction runs.
+    ErrorReport_StartMonitoringProcess(started.dwProcessId, ClientModule());
+    ResumeThread(thread.Get());
+
+    // A server that dies before it is ready ends the wait at once instead of after the timeout.
+    const HANDLE waitFor[] = {ready, process.Get()};
+    StartOutcome outcome = StartOutcome::NotReady;
+    if (WaitForMultipleObjects(2, waitFor, FALSE, kServerStartTimeoutMs) == WAIT_OBJECT_0)
+    {
+        const HRESULT reached = ReachServer(state.clsid, process.Get(), GetTickCount(),
+                                            kServerReachTimeoutMs, classObject);
+        if (SUCCEEDED(reached))
+        {
+            hr = reached;
+            return StartOutcome::Reached;
+        }
+        if (reached != REGDB_E_CLASSNOTREG) hr = reached;
+        outcome = StartOutcome::Unreachable;
+    }
+    ErrorReport_StopMonitoringProcess(started.dwProcessId);
+    TerminateProcess(process.Get(), 1);
+    state.processId = 0;
+    state.clsid = CLSID{};
+    return outcome;
+}
+
+// Starts the location's server. The server's class id comes from its process id, and process ids
+// are reused: where the platform's registration service still holds the class of a server that
+// died without revoking it (a crash, or a server ended as unreachable), the class of a new server
+// with the same id can never be had. Such a server is replaced by a fresh one, which gets another
+// process id. A server that was not ready in time leaves the caller the result of its first
+// attempt.
 HRESULT StartServer(int location, const wchar_t* vendor, const wchar_t* product,
                     tq::ComPtr<IClassFactory>& classObject, HRESULT firstAttempt)
 {
@@ -153,33 +209,14 @@ HRESULT StartServer(int location, const wchar_t* vendor, const wchar_t* product,
     tq::UniqueHandle ready(CreateEventW(nullptr, FALSE, FALSE, eventName));
     if (!ready) return firstAttempt;
 
-    std::wstring line = ServerCommandLine(location, eventName, vendor, product);
-    STARTUPINFOW startup = {};
-    PROCESS_INFORMATION started = {};
-    if (!CreateProcessW(nullptr, line.data(), nullptr, nullptr, TRUE, CREATE_SUSPENDED, nullptr,
-                        nullptr, &startup, &started))
-        return firstAttempt;
-    tq::UniqueHandle process(started.hProcess);
-    tq::UniqueHandle thread(started.hThread);
-
-    LocationState& state = g_locations[location];
-    state.processId = started.dwProcessId;
-    state.clsid = ServerClassId(started.dwProcessId);
-    // The crash monitor must know the process before its first instruction runs.
-    ErrorReport_StartMonitoringProcess(started.dwProcessId, ClientModule());
-    const DWORD startTick = GetTickCount();
-    ResumeThread(thread.Get());
-
-    // A server that dies before it is ready ends the wait at once instead of after the timeout.
-    const HANDLE waitFor[] = {ready.Get(), process.Get()};
+    const std::wstring line = ServerCommandLine(location, eventName, vendor, product);
     HRESULT hr = firstAttempt;
-    if (WaitForMultipleObjects(2, waitFor, FALSE, kServerStartTimeoutMs) == WAIT_OBJECT_0)
-        hr = ReachServer(state.clsid, process.Get(), startTick, classObject);
-    if (SUCCEEDED(hr)) return hr;
-    ErrorReport_StopMonitoringProcess(started.dwProcessId);
-    TerminateProcess(process.Get(), 1);
-    state.processId = 0;
-    state.clsid = CLSID{};
+    for (int attempt = 0; attempt < kServerStartAttempts; ++attempt)
+    {
+        if (StartServerOnce(location, line, ready.Get(), classObject, hr) !=
+            StartOutcome::Unreachable)
+            break;
+    }
     return hr;
 }
 
