@@ -71,5 +71,7 @@ std::vector<Bytes> XmlSeeds();
 HRESULT RunXml(FuzzContext& context);
 std::vector<Bytes> AiffSeeds();
 HRESULT RunAiff(FuzzContext& context);
+std::vector<Bytes> SummarySeeds();
+HRESULT RunSummary(FuzzContext& context);
 
 } // namespace tqfuzz

@@ -33,6 +33,19 @@ std::vector<std::string> AiffTokens()
             std::string("\x7F\xFF", 2)};
 }
 
+std::vector<std::string> SummaryTokens()
+{
+    return {"LIST",
+            "INFO",
+            "UNFO",
+            "DISP",
+            "INAM",
+            "IART",
+            std::string("\0\0\0\0", 4),
+            std::string("\xFF\xFF\xFF\x7F", 4),
+            std::string("\x01\0\0\0", 4)};
+}
+
 } // namespace
 
 const std::vector<FuzzTarget>& Targets()
@@ -40,6 +53,7 @@ const std::vector<FuzzTarget>& Targets()
     static const std::vector<FuzzTarget> targets = {
         {"xml", XmlSeeds, XmlTokens(), 1u << 20, RunXml},
         {"aiff", AiffSeeds, AiffTokens(), 1u << 16, RunAiff},
+        {"summary", SummarySeeds, SummaryTokens(), 1u << 14, RunSummary},
     };
     return targets;
 }

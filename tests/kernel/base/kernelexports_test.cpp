@@ -105,6 +105,11 @@ const char* const kSample[] = {
     "iff_FindChunkHeader",
     "iff_GetAIFFWfx",
     "aiff_CreateRate",
+    "TqSummary_Load",
+    "TqSummary_SaveUNFO",
+    "TqSummary_Merge",
+    "displist_Load",
+    "displist_Save",
     // XML document: the class under its C++ names, the entity helpers under plain ones
     "_ZN15CTqXML_DocumentC1Ev",
     "_ZN15CTqXML_Document8OpenFileEPKw",

@@ -1,0 +1,102 @@
+// Summary and display lists under the fuzz program: the input is a "LIST" whose entries are
+// loaded as INFO and as UNFO, one text is looked up, and the chunks are walked for "DISP".
+#include "fuzztarget.h"
+
+#include "displist.h"
+#include "summary.h"
+
+namespace tqfuzz {
+
+namespace {
+
+void Append(Bytes& b, const Bytes& more)
+{
+    b.insert(b.end(), more.begin(), more.end());
+}
+
+Bytes LE32(DWORD v)
+{
+    return {BYTE(v), BYTE(v >> 8), BYTE(v >> 16), BYTE(v >> 24)};
+}
+
+Bytes Chunk(const char* id, const Bytes& data)
+{
+    Bytes b(id, id + 4);
+    Append(b, LE32(static_cast<DWORD>(data.size())));
+    Append(b, data);
+    if (data.size() & 1) b.push_back(0);
+    return b;
+}
+
+Bytes List(const char* type, const Bytes& entries)
+{
+    Bytes body(type, type + 4);
+    Append(body, entries);
+    return Chunk("LIST", body);
+}
+
+Bytes Text(const char* s, size_t extra = 1)
+{
+    return Bytes(s, s + strlen(s) + extra);
+}
+
+DWORD FileSize(HANDLE file)
+{
+    LARGE_INTEGER size = {};
+    GetFileSizeEx(file, &size);
+    return size.QuadPart > 0xFFFFFFFF ? 0xFFFFFFFF : static_cast<DWORD>(size.QuadPart);
+}
+
+void Rewind(HANDLE file, DWORD to)
+{
+    riff_RestoreLocation(file, to);
+}
+
+} // namespace
+
+std::vector<Bytes> SummarySeeds()
+{
+    Bytes info = Chunk("INAM", Text("A title"));
+    Append(info, Chunk("IART", Text("noterm", 0)));
+    Append(info, Chunk("ICMT", Bytes{0}));
+    const Bytes unfo = Chunk("INAM", {'T', 0, 'i', 0, 0, 0});
+    Bytes disp = Chunk("DISP", {1, 0, 0, 0, 'a', 'b', 'c'});
+    Append(disp, Chunk("DISP", {8, 0, 0, 0}));
+    Append(disp, Chunk("DISP", {2, 0, 0, 0, 9}));
+    Bytes mixed = List("INFO", info);
+    Append(mixed, disp);
+    return {List("INFO", info), List("UNFO", unfo), mixed};
+}
+
+HRESULT RunSummary(FuzzContext& context)
+{
+    HANDLE file = context.File();
+    if (file == INVALID_HANDLE_VALUE) return E_HANDLE;
+    const DWORD size = FileSize(file);
+    // The list's entries start behind its 12-byte header, as a caller that found it would have.
+    const DWORD listSize = size > 12 ? size - 12 : 0;
+    tSUMMARYLIST list = {};
+    DWORD bound = listSize;
+    Rewind(file, 12);
+    const HRESULT info = TqSummary_Load(file, &list, &bound);
+    TqSummary_Free(&list);
+    bound = listSize;
+    Rewind(file, 12);
+    TqSummary_LoadUNFO(file, &list, &bound);
+    TqSummary_Free(&list);
+
+    auto* text = context.Out<WCHAR>(7);
+    bound = size;
+    Rewind(file, 0);
+    TqSummary_GetStringFromFile(file, RIFF_ID('I', 'N', 'A', 'M'), text, 7, &bound);
+
+    tDISPLIST display = {};
+    displist_Create(&display);
+    bound = size;
+    Rewind(file, 0);
+    displist_Load(file, &display, &bound);
+    displist_Destroy(&display);
+    return info;
+}
+
+} // namespace tqfuzz
