@@ -283,6 +283,56 @@ std::string PlaceName(const testing::TestParamInfo<tqtest::Place>& info)
 
 INSTANTIATE_TEST_SUITE_P(Places, Vst3Effect, testing::ValuesIn(tqtest::kPlaces), PlaceName);
 
+std::string Calls()
+{
+    char calls[4096] = {};
+    GetEnvironmentVariableA("TQ_VST3_CALLS", calls, sizeof calls);
+    SetEnvironmentVariableA("TQ_VST3_CALLS", nullptr);
+    return calls;
+}
+
+// The plug-in records in this process's environment, so it runs here. Component before
+// controller; the auxiliary input and the output that is off by default are switched off, the
+// first default-active main bus of each direction on, and the second main output left alone;
+// the handler before the connection, the connection before the state; processing off before
+// inactive and on after active; the points cut before the processor stops, and both terminated
+// in the order they were made.
+TEST(Vst3EffectWiring, SetUpAndTeardownComeInTheirOrder)
+{
+    ASSERT_HRESULT_SUCCEEDED(CoInitialize(nullptr));
+    Calls();
+    tq::ComPtr<ITqVstEffectFactory> factory;
+    ASSERT_EQ(GetVstFactory(kTqVstInProcess, IID_ITqVstEffectFactory, factory.PutVoid(), L"tqvst",
+                            L"tests", nullptr, nullptr),
+              S_OK);
+    tq::ComPtr<ITqVstEffect> effect;
+    ASSERT_EQ(factory->CreateEffect(tqtest::PluginPath(L"call_recorder.vst3").c_str(), 0,
+                                    IID_ITqVstEffect, effect.PutVoid()),
+              S_OK);
+    // The plug-in calls back from initialize and is refused what the host does not have.
+    EXPECT_EQ(Calls(), "C.init:made E.init:Cadmeer C.bus:0:0:0 C.bus:0:1:1 C.bus:1:0:0 "
+                       "C.bus:1:1:1 E.handler:v1:restart1 C.connect E.connect C.getState "
+                       "E.setComponentState");
+    EXPECT_EQ(effect->SetSampleRate(48000.0), S_OK);
+    EXPECT_EQ(Calls(), "") << "nothing runs yet";
+
+    ASSERT_EQ(effect->SetSampleType(TQSAMPLE_PCM16), S_OK);
+    std::vector<uint8_t> input = Bytes({1000, -2000, 30, -40}), output(input.size());
+    ASSERT_EQ(effect->Process(input.data(), 2, output.data(), 2, 2, 2), S_OK);
+    EXPECT_EQ(Pcm16(output), (std::vector<int16_t>{500, -1000, 15, -20})) << "the second buses";
+    EXPECT_EQ(Calls(), "C.setup:1000:48000 C.active:1:made C.processing:1");
+    ASSERT_EQ(effect->Process(input.data(), 2, output.data(), 2, 2, 2), S_OK);
+    EXPECT_EQ(Calls(), "");
+    EXPECT_EQ(effect->SetBlockSize(64), S_OK);
+    EXPECT_EQ(Calls(), "C.processing:0 C.active:0:made C.setup:64:48000 C.active:1:made "
+                       "C.processing:1");
+
+    effect.Reset();
+    EXPECT_EQ(Calls(), "C.disconnect E.disconnect C.processing:0 C.active:0:made C.term E.term");
+    ReleaseVstFactory(kTqVstInProcess, factory.Detach());
+    CoUninitialize();
+}
+
 // The host context outlives every effect and goes with the class object once none is left.
 TEST(Vst3HostContext, GoesWithTheFactoryWhenNoEffectIsLeft)
 {
