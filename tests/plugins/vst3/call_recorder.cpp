@@ -3,7 +3,8 @@
 // teardown after the module is gone. It behaves as real plug-ins do: it calls the host back from
 // inside initialize and setActive and asks the host for interfaces it may not have. Its buses make
 // the host choose: an auxiliary input before the main one, and outputs of which the first main
-// bus is off by default and two more main buses are on.
+// bus is off by default and two more main buses are on. It takes any arrangement and reports its
+// buses with as many channels as the arrangement has speakers.
 #include "pluginterfaces/vst/ivsteditcontroller.h"
 #include "pluginterfaces/vst/ivsthostapplication.h"
 #include "pluginterfaces/vst/ivstmessage.h"
@@ -11,6 +12,7 @@
 
 #include <windows.h>
 
+#include <cstdio>
 #include <new>
 #include <string>
 
@@ -103,6 +105,7 @@ public:
     {
         if (type != kAudio || index < 0 || index >= getBusCount(type, dir)) return kInvalidArgument;
         StereoEffect::getBusInfo(type, dir, 0, bus);
+        bus.channelCount = __builtin_popcountll(arrangements(dir)[index]);
         if (dir == kInput && index == 0) bus.busType = kAux;
         if (dir == kOutput && index == 0) bus.flags = 0;
         return kResultOk;
@@ -111,6 +114,25 @@ public:
     {
         record("C.bus:" + std::to_string(dir) + ":" + std::to_string(index) + ":" +
                std::to_string(state));
+        return kResultOk;
+    }
+    tresult PLUGIN_API setBusArrangements(SpeakerArrangement* inputs, int32 numIns,
+                                          SpeakerArrangement* outputs, int32 numOuts) override
+    {
+        if (numIns != 2 || numOuts != 3) return kInvalidArgument;
+        std::string call = "C.arrange";
+        for (int32 i = 0; i < numIns; ++i)
+            call += (i ? "," : ":") + hex(m_inputs[i] = inputs[i]);
+        for (int32 i = 0; i < numOuts; ++i)
+            call += (i ? "," : ":") + hex(m_outputs[i] = outputs[i]);
+        record(call);
+        return kResultOk;
+    }
+    tresult PLUGIN_API getBusArrangement(BusDirection dir, int32 index,
+                                         SpeakerArrangement& arr) override
+    {
+        if (index < 0 || index >= getBusCount(kAudio, dir)) return kInvalidArgument;
+        arr = arrangements(dir)[index];
         return kResultOk;
     }
     tresult PLUGIN_API setActive(TBool state) override
@@ -130,9 +152,14 @@ public:
         record("C.processing:" + std::to_string(state));
         return kResultOk;
     }
-    // The main buses are the second of each direction.
+    // The main buses are the second of each direction; the first two channels are halved.
     tresult PLUGIN_API process(ProcessData& data) override
     {
+        const ProcessContext* context = data.processContext;
+        record("C.process:" + (context ? std::to_string(context->tempo) + ":" +
+                                             std::to_string(context->projectTimeSamples) + ":" +
+                                             std::to_string(context->state)
+                                       : std::string("none")));
         if (data.numInputs < 2 || data.numOutputs < 2) return kResultFalse;
         for (int32 c = 0; c < 2; ++c)
             for (int32 s = 0; s < data.numSamples; ++s)
@@ -154,7 +181,21 @@ public:
     tresult PLUGIN_API notify(IMessage*) override { return kResultOk; }
 
 private:
+    static std::string hex(SpeakerArrangement arrangement)
+    {
+        char text[24];
+        std::snprintf(text, sizeof text, "%llx", static_cast<unsigned long long>(arrangement));
+        return text;
+    }
+    SpeakerArrangement* arrangements(BusDirection dir)
+    {
+        return dir == kInput ? m_inputs : m_outputs;
+    }
+
     IHostApplication* m_host = nullptr;
+    SpeakerArrangement m_inputs[2] = {SpeakerArr::kStereo, SpeakerArr::kStereo};
+    SpeakerArrangement m_outputs[3] = {SpeakerArr::kStereo, SpeakerArr::kStereo,
+                                       SpeakerArr::kStereo};
 };
 
 class Controller final : public vst3plugin::Object<IEditController, IConnectionPoint>

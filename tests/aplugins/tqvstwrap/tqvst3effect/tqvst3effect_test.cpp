@@ -6,6 +6,7 @@
 #include "shellid.h"
 #include "support/effectplace.h"
 #include "support/sampletypes.h"
+#include "support/testmaster.h"
 #include "tqvst3effect.h"
 
 #include <gtest/gtest.h>
@@ -296,7 +297,7 @@ std::string Calls()
 // first default-active main bus of each direction on, and the second main output left alone;
 // the handler before the connection, the connection before the state; processing off before
 // inactive and on after active; the points cut before the processor stops, and both terminated
-// in the order they were made.
+// in the order they were made. Channel counts and tempo reach it as arrangements and context.
 TEST(Vst3EffectWiring, SetUpAndTeardownComeInTheirOrder)
 {
     ASSERT_HRESULT_SUCCEEDED(CoInitialize(nullptr));
@@ -320,12 +321,40 @@ TEST(Vst3EffectWiring, SetUpAndTeardownComeInTheirOrder)
     std::vector<uint8_t> input = Bytes({1000, -2000, 30, -40}), output(input.size());
     ASSERT_EQ(effect->Process(input.data(), 2, output.data(), 2, 2, 2), S_OK);
     EXPECT_EQ(Pcm16(output), (std::vector<int16_t>{500, -1000, 15, -20})) << "the second buses";
-    EXPECT_EQ(Calls(), "C.setup:1000:48000 C.active:1:made C.processing:1");
+    // Without a master the tempo is 120; the position counts the frames done.
+    EXPECT_EQ(Calls(), "C.setup:1000:48000 C.active:1:made C.processing:1 "
+                       "C.process:120.000000:0:1024");
+    tqtest::TestMaster master;
+    master.tempo = 1400000;
+    ASSERT_EQ(effect->SetMaster(&master), S_OK);
     ASSERT_EQ(effect->Process(input.data(), 2, output.data(), 2, 2, 2), S_OK);
-    EXPECT_EQ(Calls(), "");
+    EXPECT_EQ(Calls(), "C.process:140.000000:2:1024");
     EXPECT_EQ(effect->SetBlockSize(64), S_OK);
     EXPECT_EQ(Calls(), "C.processing:0 C.active:0:made C.setup:64:48000 C.active:1:made "
                        "C.processing:1");
+
+    // Only the main buses change arrangement; what the plug-in then reports counts.
+    EXPECT_EQ(effect->SetChannelCount(6), S_OK);
+    EXPECT_EQ(Calls(), "C.arrange:3,137:3,137,3 C.processing:0 C.active:0:made C.setup:64:48000 "
+                       "C.active:1:made C.processing:1");
+    TqVstEffectInfo info = {};
+    ASSERT_EQ(effect->GetEffectInfo(&info), S_OK);
+    EXPECT_EQ(info.numInputs, 6u);
+    EXPECT_EQ(info.numOutputs, 6u);
+    EXPECT_EQ(effect->SetChannelCount(6), S_OK);
+    EXPECT_EQ(Calls(), "") << "nothing to change";
+    // The channels the plug-in leaves alone pass dry.
+    std::vector<uint8_t> six = Bytes({100, 200, 300, 400, 500, 600, -2, -4, -6, -8, -10, -12});
+    std::vector<uint8_t> sixOut(six.size(), 0xCD);
+    ASSERT_EQ(effect->Process(six.data(), 6, sixOut.data(), 6, 2, 2), S_OK);
+    EXPECT_EQ(Pcm16(sixOut),
+              (std::vector<int16_t>{50, 100, 300, 400, 500, 600, -1, -2, -6, -8, -10, -12}));
+    EXPECT_EQ(Calls(), "C.process:140.000000:4:1024");
+    EXPECT_EQ(effect->SetChannelCount(1), S_OK);
+    EXPECT_EQ(Calls(), "C.arrange:3,80000:3,80000,3 C.processing:0 C.active:0:made "
+                       "C.setup:64:48000 C.active:1:made C.processing:1");
+    ASSERT_EQ(effect->GetEffectInfo(&info), S_OK);
+    EXPECT_EQ(info.numOutputs, 1u);
 
     effect.Reset();
     EXPECT_EQ(Calls(), "C.disconnect E.disconnect C.processing:0 C.active:0:made C.term E.term");
