@@ -118,6 +118,15 @@ TEST_P(Vst3Effect, EachTestPluginLoadsAsItsBusesAndClassesSay)
         EXPECT_EQ(info.flags, 0u) << "no test plug-in here has a view";
         EXPECT_EQ(info.state, 3u);
     }
+    // The timed form reads the same facts on the load worker.
+    WCHAR name[64], vendor[64], product[64];
+    TqVstEffectInfo info = {};
+    ASSERT_EQ(Factory()->GetEffectInfoForFile(m_factory->Plugin(L"tqgain3.vst3").c_str(), 0, name,
+                                              vendor, product, &info, 20000),
+              S_OK);
+    EXPECT_STREQ(name, L"TqGain3");
+    EXPECT_EQ(info.uniqueId, kGainId);
+    EXPECT_EQ(info.numPrograms, 3u);
 }
 
 TEST_P(Vst3Effect, ShellWalkGivesEachAudioClassOnceThenEnds)
