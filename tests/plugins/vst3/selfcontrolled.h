@@ -1,12 +1,16 @@
 // The base of small test plug-ins whose component is also their controller: one stereo object
 // that answers every interface a host asks of it, has no parameters and no view, and keeps no
-// state. A plug-in overrides only what makes it different.
+// state. A plug-in overrides only what makes it different. Initialize and terminate leave "S.init"
+// and "S.term" in the environment variable TQ_VST3_CALLS, so a test sees how often each came.
 #pragma once
 
 #include "pluginterfaces/vst/ivsteditcontroller.h"
 #include "stereoeffect.h"
 
+#include <windows.h>
+
 #include <new>
+#include <string>
 
 namespace vst3plugin {
 
@@ -28,8 +32,16 @@ public:
             return kResultOk;
         return kNoInterface;
     }
-    tresult PLUGIN_API initialize(FUnknown*) override { return kResultOk; }
-    tresult PLUGIN_API terminate() override { return kResultOk; }
+    tresult PLUGIN_API initialize(FUnknown*) override
+    {
+        record("S.init");
+        return kResultOk;
+    }
+    tresult PLUGIN_API terminate() override
+    {
+        record("S.term");
+        return kResultOk;
+    }
 
     // IComponent
     tresult PLUGIN_API getControllerClassId(TUID) override { return kNotImplemented; }
@@ -67,6 +79,15 @@ public:
 
 protected:
     ~SelfControlled() override = default;
+
+    static void record(const char* call)
+    {
+        char held[4096] = {};
+        GetEnvironmentVariableA("TQ_VST3_CALLS", held, sizeof held);
+        std::string calls = held;
+        if (!calls.empty()) calls += ' ';
+        SetEnvironmentVariableA("TQ_VST3_CALLS", (calls + call).c_str());
+    }
 };
 
 // The module's factory over one class made by Plugin's default constructor.

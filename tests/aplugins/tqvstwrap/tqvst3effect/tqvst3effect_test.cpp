@@ -93,6 +93,7 @@ TEST_P(Vst3Effect, EachTestPluginLoadsAsItsBusesAndClassesSay)
         {L"tqshell3.vst3", kShellThirdId, kNoVst3Plugin, L"", 0, 0, 0, 0, 0, 0},
         {L"tqshell3.vst3", kShellSecondId, 0x0004E01C, L"", 0, 0, 0, 0, 0, 0},
         {L"instrument_no_input.vst3", 0, kNoVst3Plugin, L"", 0, 0, 0, 0, 0, 0},
+        {L"zero_controller_id.vst3", 0, kNoVst3Plugin, L"", 0, 0, 0, 0, 0, 0},
         {L"fault_in_initialize.vst3", 0, TQVST_E_PLUGINFAULT, L"", 0, 0, 0, 0, 0, 0},
         {L"tqgain3.vst3", 0, S_OK, L"TqGain3", kGainId, 10203004, 3, 1, 2, 2},
     };
@@ -367,6 +368,58 @@ TEST(Vst3EffectWiring, SetUpAndTeardownComeInTheirOrder)
 
     effect.Reset();
     EXPECT_EQ(Calls(), "C.disconnect E.disconnect C.processing:0 C.active:0:made C.term E.term");
+    ReleaseVstFactory(kTqVstInProcess, factory.Detach());
+    CoUninitialize();
+}
+
+// A flush is a block of silence like any other: it starts the processor if nothing ran yet, and
+// the position moves on by a block.
+TEST(Vst3EffectWiring, FlushToTheProcessorRunsOneSilentBlock)
+{
+    ASSERT_HRESULT_SUCCEEDED(CoInitialize(nullptr));
+    tq::ComPtr<ITqVstEffectFactory> factory;
+    ASSERT_EQ(GetVstFactory(kTqVstInProcess, IID_ITqVstEffectFactory, factory.PutVoid(), L"tqvst",
+                            L"tests", nullptr, nullptr),
+              S_OK);
+    tq::ComPtr<ITqVstEffect> effect;
+    ASSERT_EQ(factory->CreateEffect(tqtest::PluginPath(L"call_recorder.vst3").c_str(), 0,
+                                    IID_ITqVstEffect, effect.PutVoid()),
+              S_OK);
+    ASSERT_EQ(effect->SetBlockSize(256), S_OK);
+    ASSERT_EQ(effect->SetSampleType(TQSAMPLE_PCM24), S_OK);
+    Calls();
+    // The factory of this process makes the effect object itself.
+    auto* vst3 = static_cast<CTqVst3Effect*>(effect.Get());
+    ASSERT_EQ(vst3->FlushParametersToProcessor(), S_OK);
+    EXPECT_EQ(Calls(), "C.setup:256:44100 C.active:1:made C.processing:1 "
+                       "C.process:120.000000:0:1024");
+    std::vector<uint8_t> block(2 * 3 * 4);
+    ASSERT_EQ(effect->Process(block.data(), 2, block.data(), 2, 4, 3), S_OK);
+    EXPECT_EQ(Calls(), "C.process:120.000000:256:1024");
+    effect.Reset();
+    Calls();
+    ReleaseVstFactory(kTqVstInProcess, factory.Detach());
+    CoUninitialize();
+}
+
+// One object that is component and controller is initialised and terminated once; a component
+// whose controller cannot be made is terminated all the same.
+TEST(Vst3EffectWiring, SingleObjectIsInitialisedAndTerminatedOnce)
+{
+    ASSERT_HRESULT_SUCCEEDED(CoInitialize(nullptr));
+    tq::ComPtr<ITqVstEffectFactory> factory;
+    ASSERT_EQ(GetVstFactory(kTqVstInProcess, IID_ITqVstEffectFactory, factory.PutVoid(), L"tqvst",
+                            L"tests", nullptr, nullptr),
+              S_OK);
+    for (const wchar_t* file : {L"sparse_param_ids.vst3", L"zero_controller_id.vst3"})
+    {
+        Calls();
+        tq::ComPtr<ITqVstEffect> effect;
+        factory->CreateEffect(tqtest::PluginPath(file).c_str(), 0, IID_ITqVstEffect,
+                              effect.PutVoid());
+        effect.Reset();
+        EXPECT_EQ(Calls(), "S.init S.term") << file;
+    }
     ReleaseVstFactory(kTqVstInProcess, factory.Detach());
     CoUninitialize();
 }
