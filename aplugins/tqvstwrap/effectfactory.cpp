@@ -5,6 +5,7 @@
 #include "effectload.h"
 #include "serverlifetime.h"
 #include "tqvst2effect/hostcallback.h"
+#include "tqvst3effect.h"
 
 #include <new>
 
@@ -50,7 +51,11 @@ ULONG STDMETHODCALLTYPE CTqVstEffectFactory::AddRef()
 ULONG STDMETHODCALLTYPE CTqVstEffectFactory::Release()
 {
     const ULONG count = InterlockedDecrement(&m_refCount);
-    if (count == 0) delete this;
+    if (count == 0)
+    {
+        delete this;
+        ReleaseVst3HostIfUnused();
+    }
     return count;
 }
 

@@ -36,6 +36,8 @@ void Vst3ComponentHandler::Release::operator()(FUnknown* p) const
 Vst3ComponentHandler::Vst3ComponentHandler(CTqVst3Effect* owner, IEditController* editController)
     : effect(owner), controller(editController)
 {
+    m_eventList.setMaxSize(1024);
+    m_processData.processContext = &m_processContext;
     m_channelProgramIds.fill(kNoParam);
     m_channelProgramIndices.fill(-1);
     if (!controller) return;

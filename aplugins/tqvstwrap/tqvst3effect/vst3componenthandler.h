@@ -2,8 +2,10 @@
 // plug-in's parameters, MIDI assignment and the changes travelling between its threads.
 #pragma once
 
+#include "hosting/eventlist.h"
 #include "hosting/parameterchanges.h"
 #include "hosting/parameterchangetransfer.h"
+#include "hosting/processdata.h"
 #include "pluginterfaces/gui/iplugview.h"
 #include "pluginterfaces/vst/ivsteditcontroller.h"
 #include "pluginterfaces/vst/ivstunits.h"
@@ -69,6 +71,13 @@ public:
     vst3::ParamID BypassId() const { return m_bypassId; }
     vst3::ParamID ProgramParamId() const { return m_programParamId; }
     vst3::int32 ProgramParamIndex() const { return m_programParamIndex; }
+    // For a plug-in whose program-change parameter has no program list behind it: the parameter
+    // is not served from then on.
+    void ForgetProgramParam()
+    {
+        m_programParamId = kNoParam;
+        m_programParamIndex = -1;
+    }
     // The program-change parameter of a MIDI channel's unit, or kNoParam and -1.
     vst3::ParamID ChannelProgramParamId(int channel) const { return m_channelProgramIds[channel]; }
     vst3::int32 ChannelProgramParamIndex(int channel) const
@@ -87,6 +96,10 @@ public:
     vst3::ParameterChangeTransfer& FromProcessor() { return m_fromProcessor; }
     vst3::ParameterChangeTransfer& ToController() { return m_toController; }
     vst3::IUnitInfo* UnitInfo() const { return m_unitInfo.get(); }
+    // The records of one block, kept here so that no block allocates them.
+    vst3::HostProcessData& ProcessData() { return m_processData; }
+    vst3::ProcessContext& ProcessContext() { return m_processContext; }
+    vst3::EventList& Events() { return m_eventList; }
     CTqVst3Effect* Effect() const { return effect; }
 
 private:
@@ -126,6 +139,10 @@ private:
     std::unique_ptr<MidiRow[]> m_midiTable;
     std::array<vst3::ParamID, kMidiChannels> m_channelProgramIds;
     std::array<vst3::int32, kMidiChannels> m_channelProgramIndices;
+    // The server feeds no events; the list is there because processors expect one.
+    vst3::EventList m_eventList;
+    vst3::HostProcessData m_processData;
+    vst3::ProcessContext m_processContext = {};
 };
 
 } // namespace tqvst
