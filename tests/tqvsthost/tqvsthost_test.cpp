@@ -1000,8 +1000,9 @@ TEST(HostVst3, InfoShowsClassVendorShellIdAndVersion)
 {
     tqtest::TempFolder folder;
     Vst3Bundle bundle(folder, L"Gain.vst3");
+    // A trailing backslash before a closing quote is doubled, as a command line needs it.
     for (const std::wstring& plugin :
-         {Gain3(), Quoted(bundle.Path()), L"--inproc " + Quoted(bundle.Path() + L"\\"),
+         {Gain3(), Quoted(bundle.Path()), L"--inproc " + Quoted(bundle.Path() + L"\\\\"),
           L"--id " + std::wstring(L"0x3A60F6D2 ") + Gain3()})
     {
         const RunResult run = RunHost(L"info " + plugin);
