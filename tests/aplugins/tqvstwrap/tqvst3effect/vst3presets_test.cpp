@@ -3,6 +3,9 @@
 // harm, must be whole, and is laid out byte for byte as the format says.
 #include "comptr.h"
 #include "support/effectplace.h"
+#include "support/testmaster.h"
+
+#include <shlobj.h>
 
 #include <gtest/gtest.h>
 
@@ -225,6 +228,59 @@ TEST_P(Vst3Presets, ThereAreNoBanks)
     EXPECT_EQ(gain->SaveBank(nullptr, &bytes), E_NOTIMPL);
     tq::ComPtr<IStream> stream = StreamOf({});
     EXPECT_EQ(gain->LoadBank(stream.Get(), 0), E_NOTIMPL);
+}
+
+// A plug-in without a program list of its own gets the user's preset files as its programs:
+// those of its folder first, then those of its subfolders, none from a folder whose name starts
+// with a dot, each named without its extension.
+TEST(Vst3PresetFolders, UserPresetFilesBecomeThePrograms)
+{
+    ASSERT_HRESULT_SUCCEEDED(CoInitialize(nullptr));
+    wchar_t appData[MAX_PATH] = {};
+    ASSERT_HRESULT_SUCCEEDED(
+        SHGetFolderPathW(nullptr, CSIDL_APPDATA, nullptr, SHGFP_TYPE_CURRENT, appData));
+    const std::wstring presets = std::wstring(appData) + L"\\VST3 Presets";
+    const std::wstring vendor = presets + L"\\tqvst";
+    const std::wstring folder = vendor + L"\\Single Object";
+    const std::vector<std::wstring> folders = {presets,
+                                               vendor,
+                                               folder,
+                                               folder + L"\\Deeper",
+                                               folder + L"\\.hidden",
+                                               folder + L"\\x.vstpreset"};
+    const std::vector<std::wstring> files = {
+        folder + L"\\Warm.Pad.vstpreset", folder + L"\\Deeper\\Bright.vstpreset",
+        folder + L"\\.hidden\\Secret.vstpreset", folder + L"\\notes.txt"};
+    for (const std::wstring& made : folders)
+        CreateDirectoryW(made.c_str(), nullptr);
+    for (const std::wstring& made : files)
+        CloseHandle(CreateFileW(made.c_str(), GENERIC_WRITE, 0, nullptr, CREATE_ALWAYS,
+                                FILE_ATTRIBUTE_NORMAL, nullptr));
+    {
+        PlacedFactory factory(tqtest::kPlaces[0]);
+        tq::ComPtr<ITqVstEffect> effect = factory.Create(L"single_object.vst3");
+        ASSERT_TRUE(effect);
+        TqVstEffectInfo info = {};
+        ASSERT_EQ(effect->GetEffectInfo(&info), S_OK);
+        EXPECT_EQ(info.numPrograms, 2u);
+        WCHAR name[64] = {};
+        EXPECT_EQ(effect->GetProgramName(0, name, 64), S_OK);
+        EXPECT_STREQ(name, L"Warm.Pad");
+        EXPECT_EQ(effect->GetProgramName(1, name, 64), S_OK);
+        EXPECT_STREQ(name, L"Bright");
+
+        // Choosing one hands its path to the host, which opens it.
+        tqtest::TestMaster master;
+        ASSERT_EQ(effect->SetMaster(&master), S_OK);
+        EXPECT_EQ(effect->SetProgram(1), S_OK);
+        EXPECT_EQ(master.Calls(), std::vector<std::string>{"LoadPresetFile"});
+        effect->SetMaster(nullptr);
+    }
+    for (auto it = files.rbegin(); it != files.rend(); ++it)
+        DeleteFileW(it->c_str());
+    for (auto it = folders.rbegin(); it != folders.rend(); ++it)
+        RemoveDirectoryW(it->c_str());
+    CoUninitialize();
 }
 
 INSTANTIATE_TEST_SUITE_P(Places, Vst3Presets, testing::ValuesIn(tqtest::kPlaces),
