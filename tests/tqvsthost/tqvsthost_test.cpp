@@ -1065,6 +1065,26 @@ TEST(HostVst3, ParamsShowUnitsNormalisedValuesAndTheProgramList)
         << run.output;
 }
 
+TEST(HostVst3, EditorOpensTheViewAtItsOrderedSize)
+{
+    for (const wchar_t* where : {L"", L"--inproc "})
+    {
+        const RunResult run = RunHost(std::wstring(L"editor --seconds 0.5 ") + where +
+                                      Quoted(tqtest::PluginPath(L"view_fixed.vst3")));
+        if (run.output.find("could not create the editor's window") != std::string::npos)
+            GTEST_SKIP() << "no display for windows: " << run.output;
+        EXPECT_EQ(run.exitCode, 0u) << run.output;
+        EXPECT_NE(run.output.find("Editor of View Fixed: 40 x 80 (left 10, top 20, right 50, "
+                                  "bottom 100)\n"),
+                  std::string::npos)
+            << run.output;
+        EXPECT_NE(run.output.find("Closed the editor after "), std::string::npos);
+    }
+    const RunResult none = RunHost(L"editor " + Gain3());
+    EXPECT_EQ(none.exitCode, 1u);
+    EXPECT_NE(none.output.find("has no editor"), std::string::npos) << none.output;
+}
+
 TEST_F(HostProcess, Vst3TakesNormalisedValuesAndRoundTripsItsState)
 {
     const RunResult direct = RunHost(L"process " + Gain3() + L" " + Quoted(m_input) + L" " +
