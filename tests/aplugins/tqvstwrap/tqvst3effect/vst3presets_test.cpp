@@ -201,6 +201,26 @@ TEST_P(Vst3Presets, TheWrittenImageIsLaidOutAsTheFormatSays)
     EXPECT_EQ(Save(gain.Get()), HandWrittenImage(0.25, 0, 0.0));
 }
 
+// A value set after blocks have stopped coming is carried to the processor before the save, by a
+// block of silence: the image holds it.
+TEST_P(Vst3Presets, AValueSetAfterTheLastBlockIsInTheSavedState)
+{
+    tq::ComPtr<ITqVstEffect> gain = Create(L"tqgain3.vst3");
+    ASSERT_TRUE(gain);
+    constexpr UINT32 kFrames = 64;
+    ASSERT_HRESULT_SUCCEEDED(gain->SetSampleType(32));
+    ASSERT_HRESULT_SUCCEEDED(gain->SetChannelCount(2));
+    ASSERT_HRESULT_SUCCEEDED(gain->SetBlockSize(kFrames));
+    ASSERT_HRESULT_SUCCEEDED(gain->Resume(0));
+    std::vector<float> in(2 * kFrames, 0.5f), out(2 * kFrames);
+    ASSERT_EQ(gain->Process(reinterpret_cast<BYTE*>(in.data()), 2,
+                            reinterpret_cast<BYTE*>(out.data()), 2, kFrames, 4),
+              S_OK);
+    ASSERT_EQ(gain->SetParameter(kGain, 0.25f), S_OK);
+    Sleep(600); // longer than the wait for a next block
+    EXPECT_EQ(Save(gain.Get()), HandWrittenImage(0.25, 0, 0.0));
+}
+
 TEST_P(Vst3Presets, AnImageWithoutControllerStateLoads)
 {
     // Header, "Comp" and a list of one: the controller learns the state from the component's.
