@@ -1,5 +1,5 @@
-// bench_process: round trip of one Process call for stereo float blocks through tqgain, in
-// process and through a server process.
+// bench_process: round trip of one Process call for stereo float blocks through the VST2 gain
+// and the VST3 gain, in process and through a server process.
 #include "benchsupport.h"
 
 #include <objbase.h>
@@ -47,6 +47,8 @@ Figures Measure(int location, const std::wstring& plugin, const wchar_t* label)
     ITqVstEffect* effect = bench.Get();
     if (!effect) return figures;
     HRESULT hr = effect->SetSampleType(32);
+    // A VST3 processor is set up for its largest block before the first one.
+    if (SUCCEEDED(hr)) hr = effect->SetBlockSize(static_cast<INT32>(kFrameCounts[kSizes - 1]));
     if (SUCCEEDED(hr)) hr = effect->SetChannelCount(kChannels);
     if (SUCCEEDED(hr)) hr = effect->Resume(0);
     if (FAILED(hr))
@@ -75,16 +77,23 @@ Figures Measure(int location, const std::wstring& plugin, const wchar_t* label)
 int wmain()
 {
     if (FAILED(CoInitialize(nullptr))) return 1;
-    const std::wstring plugin = BenchFolder() + L"\\..\\testplugins\\tqgain.dll";
-
-    const Figures inProcess = Measure(kTqVstInProcess, plugin, L"in process");
-    const Figures server = Measure(kTqVstServer, plugin, L"server");
-
-    wprintf(L"bench_process: median in process / out of process (us):");
-    for (int s = 0; s < kSizes; ++s)
-        wprintf(L" %u frames %.2f / %.2f%ls", kFrameCounts[s], inProcess.medianUs[s],
-                server.medianUs[s], s + 1 < kSizes ? L"," : L"");
-    wprintf(L"; out-of-process p99 at 2048 frames %.2f us\n", server.p99Us[kSizes - 1]);
+    const std::wstring plugins = BenchFolder() + L"\\..\\testplugins\\";
+    bool measured = true;
+    for (const wchar_t* format : {L"VST2", L"VST3"})
+    {
+        const bool vst3 = format[3] == L'3';
+        const std::wstring plugin = plugins + (vst3 ? L"tqgain3.vst3" : L"tqgain.dll");
+        const Figures inProcess =
+            Measure(kTqVstInProcess, plugin, vst3 ? L"VST3 in process" : L"VST2 in process");
+        const Figures server =
+            Measure(kTqVstServer, plugin, vst3 ? L"VST3 server" : L"VST2 server");
+        wprintf(L"bench_process %ls: median in process / out of process (us):", format);
+        for (int s = 0; s < kSizes; ++s)
+            wprintf(L" %u frames %.2f / %.2f%ls", kFrameCounts[s], inProcess.medianUs[s],
+                    server.medianUs[s], s + 1 < kSizes ? L"," : L"");
+        wprintf(L"; out-of-process p99 at 2048 frames %.2f us\n", server.p99Us[kSizes - 1]);
+        measured = measured && inProcess.measured && server.measured;
+    }
     CoUninitialize();
-    return inProcess.measured && server.measured ? 0 : 1;
+    return measured ? 0 : 1;
 }

@@ -166,11 +166,6 @@ void CTqVst3Effect::ReleasePlugin()
     m_master.Reset(nullptr);
 }
 
-bool CTqVst3Effect::IsUnselectedShell() const
-{
-    return (m_flags & kFlagShell) && m_uniqueId == 0;
-}
-
 void CTqVst3Effect::FlushToController()
 {
     if (!m_controller || !m_handler) return;

@@ -108,7 +108,6 @@ private:
     void FinishLoad();
     void ReleasePlugin();
     void ConnectPoints(bool connect);
-    bool IsUnselectedShell() const;
 
     // Identity, parameters and programs (tqvst3identity.cpp).
     HRESULT ParameterInfoAt(UINT32 index, vst3::ParameterInfo* info);

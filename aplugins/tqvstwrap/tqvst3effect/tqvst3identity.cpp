@@ -62,7 +62,7 @@ HRESULT STDMETHODCALLTYPE CTqVst3Effect::GetEffectName(WCHAR* name, UINT32 capac
 {
     if (!name) return E_INVALIDARG;
     ZeroMemory(name, capacity * sizeof(WCHAR));
-    if (IsUnselectedShell()) return TQVST_E_NOSELECTION;
+    if (!m_handler) return TQVST_E_NOSELECTION;
     return CopyName(m_effectName, name, capacity);
 }
 
@@ -72,7 +72,7 @@ HRESULT STDMETHODCALLTYPE CTqVst3Effect::GetVendorName(WCHAR* name, INT32 capaci
     if (!name) return E_INVALIDARG;
     const UINT32 room = capacity > 0 ? static_cast<UINT32>(capacity) : 0;
     ZeroMemory(name, room * sizeof(WCHAR));
-    if (IsUnselectedShell()) return TQVST_E_NOSELECTION;
+    if (!m_handler) return TQVST_E_NOSELECTION;
     return CopyName(m_vendorName, name, room);
 }
 
@@ -97,7 +97,8 @@ bool CTqVst3Effect::HasEditor()
 HRESULT STDMETHODCALLTYPE CTqVst3Effect::GetEffectInfo(TqVstEffectInfo* info)
 {
     if (!info) return E_INVALIDARG;
-    if (!m_handler || IsUnselectedShell()) return TQVST_E_NOSELECTION;
+    // A shell without a class, and a load that failed, have nothing to tell.
+    if (!m_handler) return TQVST_E_NOSELECTION;
     *info = {};
     info->uniqueId = m_uniqueId;
     info->version = m_version;

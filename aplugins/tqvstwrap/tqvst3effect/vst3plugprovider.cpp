@@ -51,7 +51,7 @@ Vst3PlugProvider::~Vst3PlugProvider()
 
 PluginPtr<IComponent> Vst3PlugProvider::getComponent() noexcept
 {
-    if (!m_setupAtOnce) setupPlugin();
+    if (!m_setupAtOnce && !m_component) setupPlugin();
     IComponent* component = m_component.Get();
     if (!component || !Call([&] { component->addRef(); })) return {};
     return PluginPtr<IComponent>(component);

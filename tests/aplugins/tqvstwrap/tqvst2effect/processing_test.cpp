@@ -3,6 +3,7 @@
 #include "support/serverprocess.h"
 #include "comptr.h"
 #include "plugins/state_probe_record.h"
+#include "support/sampletypes.h"
 #include "support/testpaths.h"
 #include "tqsampletype.h"
 #include "uniquehandle.h"
@@ -20,118 +21,10 @@
 namespace {
 
 using tqtest::PluginPath;
+using namespace tqtest::sampletypes;
 
 // tqgain's parameter 0.25 is a gain of one half: exact in single precision.
 constexpr float kHalfGainParameter = 0.25f;
-
-// How a host sample type stores a sample: width, byte order, scale. Written from the formats'
-// definitions, independently of the kernel's tables.
-struct TypeRow
-{
-    TQSAMPLETYPE type;
-    int bytes;
-    bool bigEndian;
-    double fullScale; // 0 for the float types
-};
-
-constexpr TypeRow kTypes[] = {
-    {TQSAMPLE_PCM8, 1, false, 128.0},           {TQSAMPLE_SIGNED8, 1, false, 128.0},
-    {TQSAMPLE_PCM16, 2, false, 32768.0},        {TQSAMPLE_BE16, 2, true, 32768.0},
-    {TQSAMPLE_PCM24, 3, false, 8388608.0},      {TQSAMPLE_BE24, 3, true, 8388608.0},
-    {TQSAMPLE_UNPACKED24, 4, false, 8388608.0}, {TQSAMPLE_PCM32, 4, false, 2147483648.0},
-    {TQSAMPLE_BE32, 4, true, 2147483648.0},     {TQSAMPLE_FLOAT32, 4, false, 0.0},
-    {TQSAMPLE_FLOAT64, 8, false, 0.0},
-};
-
-int64_t ReadInteger(const TypeRow& row, const uint8_t* at)
-{
-    uint64_t bits = 0;
-    for (int i = 0; i < row.bytes; ++i)
-        bits |= uint64_t(at[row.bigEndian ? row.bytes - 1 - i : i]) << (8 * i);
-    if (row.type == TQSAMPLE_PCM8) bits ^= 0x80;
-    const int shift = 64 - 8 * row.bytes;
-    return static_cast<int64_t>(bits << shift) >> shift;
-}
-
-void WriteInteger(const TypeRow& row, uint8_t* at, int64_t value)
-{
-    uint64_t bits = static_cast<uint64_t>(value);
-    if (row.type == TQSAMPLE_PCM8) bits ^= 0x80;
-    for (int i = 0; i < row.bytes; ++i)
-        at[row.bigEndian ? row.bytes - 1 - i : i] = uint8_t(bits >> (8 * i));
-}
-
-// A sample at full scale 1.0.
-double Decode(const TypeRow& row, const uint8_t* at)
-{
-    if (row.type == TQSAMPLE_FLOAT32)
-    {
-        float value;
-        std::memcpy(&value, at, sizeof value);
-        return value;
-    }
-    if (row.type == TQSAMPLE_FLOAT64)
-    {
-        double value;
-        std::memcpy(&value, at, sizeof value);
-        return value;
-    }
-    return double(ReadInteger(row, at)) / row.fullScale;
-}
-
-// Scale, clamp, round to nearest even; floats are stored as they are.
-void Encode(const TypeRow& row, uint8_t* at, double value)
-{
-    if (row.type == TQSAMPLE_FLOAT32)
-    {
-        const float single = static_cast<float>(value);
-        std::memcpy(at, &single, sizeof single);
-        return;
-    }
-    if (row.type == TQSAMPLE_FLOAT64)
-    {
-        std::memcpy(at, &value, sizeof value);
-        return;
-    }
-    const double scaled =
-        std::fmin(std::fmax(value * row.fullScale, -row.fullScale), row.fullScale - 1.0);
-    WriteInteger(row, at, static_cast<int64_t>(std::nearbyint(scaled)));
-}
-
-// A block that reaches both ends of the range, odd values whose halves round to even, and for
-// the float types samples beyond full scale, which the float path does not clamp.
-std::vector<uint8_t> TestSignal(const TypeRow& row, UINT32 frames, UINT32 channels)
-{
-    std::vector<uint8_t> block(size_t(frames) * channels * row.bytes);
-    for (size_t i = 0; i < size_t(frames) * channels; ++i)
-    {
-        uint8_t* at = &block[i * row.bytes];
-        const double phase = std::sin(double(i) * 0.37) * 1.1;
-        if (row.fullScale == 0.0)
-        {
-            Encode(row, at, i % 7 == 0 ? 1.5 : phase);
-            continue;
-        }
-        const int64_t top = int64_t(row.fullScale) - 1;
-        int64_t value = static_cast<int64_t>(std::fmax(std::fmin(phase, 1.0), -1.0) * top) | 1;
-        if (i % 11 == 0) value = top;
-        if (i % 13 == 0) value = -top - 1;
-        WriteInteger(row, at, value);
-    }
-    return block;
-}
-
-// What a plug-in that multiplies by gain in single precision gives back through the host type.
-std::vector<uint8_t> Expected(const TypeRow& row, const std::vector<uint8_t>& input, float gain)
-{
-    std::vector<uint8_t> output(input.size());
-    for (size_t at = 0; at < input.size(); at += row.bytes)
-    {
-        const float planar = static_cast<float>(Decode(row, &input[at]));
-        Encode(row, &output[at], double(planar * gain));
-    }
-    return output;
-}
 
 HRESULT ProcessBlock(ITqVstEffect* effect, std::vector<uint8_t>* input, UINT32 inputChannels,
                      std::vector<uint8_t>& output, INT32 outputChannels, UINT32 frames,
@@ -157,27 +50,6 @@ void ExpectGainIsBitExactInEveryType(ITqVstEffect* effect)
         ASSERT_EQ(ProcessBlock(effect, &input, 2, output, 2, kFrames, row.bytes), S_OK);
         EXPECT_EQ(output, Expected(row, input, 0.5f));
     }
-}
-
-constexpr const TypeRow& Row(TQSAMPLETYPE type)
-{
-    for (const TypeRow& row : kTypes)
-        if (row.type == type) return row;
-    return kTypes[0];
-}
-
-std::vector<int16_t> Pcm16(const std::vector<uint8_t>& bytes)
-{
-    std::vector<int16_t> samples(bytes.size() / 2);
-    std::memcpy(samples.data(), bytes.data(), bytes.size());
-    return samples;
-}
-
-std::vector<uint8_t> Bytes(const std::vector<int16_t>& samples)
-{
-    std::vector<uint8_t> bytes(samples.size() * 2);
-    std::memcpy(bytes.data(), samples.data(), bytes.size());
-    return bytes;
 }
 
 class Processing : public testing::Test
@@ -505,6 +377,17 @@ TEST(ProcessingOutOfProcess, GainIsBitExactThroughTheServer)
         ASSERT_EQ(faulting->SetSampleType(TQSAMPLE_PCM16), S_OK);
         ASSERT_EQ(ProcessBlock(faulting.Get(), &input, 2, output, 2, 2, 2), S_OK);
         EXPECT_EQ(output, input);
+        // The output comes back whole whatever the input: none here.
+        tq::ComPtr<ITqVstEffect> synth;
+        ASSERT_EQ(factory->CreateEffect(PluginPath(L"synth_tone.dll").c_str(), 0, IID_ITqVstEffect,
+                                        synth.PutVoid()),
+                  S_OK);
+        ASSERT_EQ(synth->SetSampleType(TQSAMPLE_PCM16), S_OK);
+        std::vector<uint8_t> tone(4 * 4, 0xCD);
+        ASSERT_EQ(synth->Process(nullptr, 0, tone.data(), 2, 4, 2), S_OK);
+        EXPECT_EQ(Pcm16(tone),
+                  (std::vector<int16_t>{8192, -8192, 8192, -8192, 8192, -8192, 8192, -8192}));
+        synth.Reset();
         effect.Reset();
         faulting.Reset();
         EXPECT_EQ(ReleaseVstFactory(kTqVstServer, factory.Detach()), S_OK);
