@@ -4,6 +4,7 @@
 
 #include "comptr.h"
 #include "hresulttext.h"
+#include "vst3bundle.h"
 #include "vstclient.h"
 
 #include <cstdio>
@@ -55,16 +56,37 @@ std::wstring DescribeState(UINT32 state)
     return text;
 }
 
-void PrintFacts(const wchar_t* name, const wchar_t* vendor, const wchar_t* product,
-                const TqVstEffectInfo& info)
+// A VST3 class's version number holds the four fields of its version text as a.bb.cc.ddd.
+std::wstring Vst3VersionText(UINT32 version)
 {
-    wprintf(L"Name:             %ls\n", name);
-    wprintf(L"Vendor:           %ls\n", vendor);
-    wprintf(L"Product:          %ls\n", product);
-    wprintf(L"Unique id:        '%ls' (0x%08X)\n", FourCharacters(info.uniqueId).c_str(),
-            info.uniqueId);
-    wprintf(L"Version:          %u\n", info.version);
-    wprintf(L"Vendor version:   %u\n", info.vendorVersion);
+    wchar_t text[48];
+    swprintf(text, 48, L"%u.%u.%u.%u (%u)", version / 10000000, version / 100000 % 100,
+             version / 1000 % 100, version % 1000, version);
+    return text;
+}
+
+void PrintFacts(const wchar_t* name, const wchar_t* vendor, const wchar_t* product,
+                const TqVstEffectInfo& info, bool vst3)
+{
+    if (vst3)
+    {
+        // A VST3 class has no product text and no vendor version; its id is the ShellId that
+        // --id takes.
+        wprintf(L"Class:            %ls\n", name);
+        wprintf(L"Vendor:           %ls\n", vendor);
+        wprintf(L"ShellId:          0x%08X\n", info.uniqueId);
+        wprintf(L"Version:          %ls\n", Vst3VersionText(info.version).c_str());
+    }
+    else
+    {
+        wprintf(L"Name:             %ls\n", name);
+        wprintf(L"Vendor:           %ls\n", vendor);
+        wprintf(L"Product:          %ls\n", product);
+        wprintf(L"Unique id:        '%ls' (0x%08X)\n", FourCharacters(info.uniqueId).c_str(),
+                info.uniqueId);
+        wprintf(L"Version:          %u\n", info.version);
+        wprintf(L"Vendor version:   %u\n", info.vendorVersion);
+    }
     wprintf(L"Programs:         %u\n", info.numPrograms);
     wprintf(L"Parameters:       %u\n", info.numParameters);
     wprintf(L"Inputs:           %u\n", info.numInputs);
@@ -75,15 +97,17 @@ void PrintFacts(const wchar_t* name, const wchar_t* vendor, const wchar_t* produ
 }
 
 // A shell's sub-plug-ins come from an effect made without an id. The list ends at the first id
-// seen twice: a shell whose list faults answers the same -1 for ever.
-int PrintShell(ITqVstEffectFactory* factory, const wchar_t* path)
+// seen twice: a shell whose list faults answers the same -1 for ever. A VST3 module's audio
+// classes are listed by ShellId, which has no characters to show.
+int PrintShell(ITqVstEffectFactory* factory, const wchar_t* path, bool vst3)
 {
     tq::ComPtr<ITqVstEffect> shell;
     const HRESULT hr = factory->CreateEffect(path, 0, IID_ITqVstEffect, shell.PutVoid());
     if (FAILED(hr) || !shell)
         return ReportFailure(L"could not open the shell for its sub-plug-ins",
                              FAILED(hr) ? hr : E_FAIL);
-    wprintf(L"Shell plug-in; sub-plug-ins (choose one with --id):\n");
+    wprintf(vst3 ? L"Module of several audio classes (choose one with --id and its ShellId):\n"
+                 : L"Shell plug-in; sub-plug-ins (choose one with --id):\n");
     UINT32 id = 0;
     WCHAR name[kTextCapacity] = {};
     std::set<UINT32> seen;
@@ -110,7 +134,10 @@ int PrintShell(ITqVstEffectFactory* factory, const wchar_t* path)
                      kMaxSubPlugins);
             return 1;
         }
-        wprintf(L"  '%ls' (0x%08X)  %ls\n", FourCharacters(id).c_str(), id, name);
+        if (vst3)
+            wprintf(L"  0x%08X  %ls\n", id, name);
+        else
+            wprintf(L"  '%ls' (0x%08X)  %ls\n", FourCharacters(id).c_str(), id, name);
     }
     wprintf(L"%zu sub-plug-ins\n", seen.size());
     return 0;
@@ -125,9 +152,12 @@ int RunInfo(const Options& options)
         fwprintf(stderr, L"tqvsthost: info needs exactly one plug-in file (see --help)\n");
         return 1;
     }
-    wchar_t path[MAX_PATH] = {};
-    if (!GetFullPathNameW(options.arguments[0].c_str(), MAX_PATH, path, nullptr))
+    wchar_t full[MAX_PATH] = {};
+    if (!GetFullPathNameW(options.arguments[0].c_str(), MAX_PATH, full, nullptr))
         return ReportFailure(L"not a usable path", HRESULT_FROM_WIN32(GetLastError()));
+    const std::wstring file = ResolveVst3Bundle(full, options.location);
+    const wchar_t* path = file.c_str();
+    const bool vst3 = IsVst3Path(file);
 
     tq::ComPtr<ITqVstEffectFactory> factory;
     DWORD serverProcessId = 0;
@@ -149,9 +179,9 @@ int RunInfo(const Options& options)
     {
         wprintf(L"Plug-in:          %ls\n", path);
         if (hr == TQVST_S_SHELL)
-            exitCode = PrintShell(factory.Get(), path);
+            exitCode = PrintShell(factory.Get(), path, vst3);
         else
-            PrintFacts(name, vendor, product, info);
+            PrintFacts(name, vendor, product, info, vst3);
         wprintf(L"Host process:     %lu\n", GetCurrentProcessId());
         if (options.location == kTqVstInProcess)
             wprintf(L"Plug-in process:  %lu (in process)\n", GetCurrentProcessId());

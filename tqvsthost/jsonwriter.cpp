@@ -71,4 +71,14 @@ JsonObject& JsonObject::Add(const char* key, UINT32 number)
     return *this;
 }
 
+JsonObject& JsonObject::Add(const char* key, const std::vector<UINT32>& numbers)
+{
+    Key(key);
+    m_members += "[";
+    for (size_t i = 0; i < numbers.size(); ++i)
+        m_members += (i ? ", " : "") + std::to_string(numbers[i]);
+    m_members += "]";
+    return *this;
+}
+
 } // namespace tqhost

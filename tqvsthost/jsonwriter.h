@@ -4,6 +4,7 @@
 #include <windows.h>
 
 #include <string>
+#include <vector>
 
 namespace tqhost {
 
@@ -17,6 +18,7 @@ class JsonObject
 public:
     JsonObject& Add(const char* key, const std::wstring& text);
     JsonObject& Add(const char* key, UINT32 number);
+    JsonObject& Add(const char* key, const std::vector<UINT32>& numbers);
     std::string Text() const { return "{" + m_members + "}"; }
 
 private:

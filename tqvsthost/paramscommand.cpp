@@ -1,9 +1,10 @@
 // tqvsthost params: lists a plug-in's parameters with their texts, values and properties, then
-// its programs.
+// its programs. A VST3 parameter's label is its units and its value the normalised one.
 #include "paramscommand.h"
 
 #include "hresulttext.h"
 #include "pluginsession.h"
+#include "vst3bundle.h"
 
 #include <cstdio>
 #include <string>
@@ -39,7 +40,7 @@ std::wstring DescribeProperties(ITqVstEffect* effect, UINT32 index)
     return text;
 }
 
-void PrintParameters(ITqVstEffect* effect, UINT32 count)
+void PrintParameters(ITqVstEffect* effect, UINT32 count, bool vst3)
 {
     wprintf(L"Parameters: %u\n", count);
     for (UINT32 index = 0; index < count; ++index)
@@ -57,8 +58,8 @@ void PrintParameters(ITqVstEffect* effect, UINT32 count)
         const HRESULT valueResult = effect->GetParameter(index, &value);
         UINT32 automatable = 0;
         const HRESULT automatableResult = effect->CanParameterBeAutomated(index, &automatable);
-        wprintf(L"  %3u  %-24ls display \"%ls\"  label \"%ls\"  value ", index, name.c_str(),
-                display.c_str(), label.c_str());
+        wprintf(L"  %3u  %-24ls display \"%ls\"  %ls \"%ls\"  value ", index, name.c_str(),
+                display.c_str(), vst3 ? L"units" : L"label", label.c_str());
         if (SUCCEEDED(valueResult))
             wprintf(L"%.6f", value);
         else
@@ -101,7 +102,7 @@ int RunParams(const Options& options)
     const HRESULT hr = session.effect->GetEffectInfo(&info);
     if (FAILED(hr)) return ReportFailure(L"could not read the plug-in's facts", hr);
     wprintf(L"Plug-in: %ls\n", session.path.c_str());
-    PrintParameters(session.effect.Get(), info.numParameters);
+    PrintParameters(session.effect.Get(), info.numParameters, IsVst3Path(session.path));
     PrintPrograms(session.effect.Get(), info.numPrograms);
     return 0;
 }

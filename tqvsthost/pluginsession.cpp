@@ -4,6 +4,7 @@
 #include "hostlog.h"
 #include "hresulttext.h"
 #include "presetfile.h"
+#include "vst3bundle.h"
 #include "vstclient.h"
 
 namespace tqhost {
@@ -50,6 +51,7 @@ bool OpenPlugin(const Options& options, const std::wstring& file, PluginSession&
     };
     if (!FullPath(file, session.path))
         return fail(L"not a usable path: " + file, HRESULT_FROM_WIN32(GetLastError()));
+    session.path = ResolveVst3Bundle(session.path, options.location);
     HRESULT hr = session.factory.Open(options.location);
     if (FAILED(hr)) return fail(L"could not reach the plug-in server", hr);
     hr = session.factory.Get()->CreateEffect(session.path.c_str(), options.id.value_or(0),

@@ -33,14 +33,15 @@ struct PluginSession
 {
     FactoryLease factory; // declared first so the effect goes before its server
     tq::ComPtr<ITqVstEffect> effect;
-    std::wstring path; // full path of the plug-in file
+    std::wstring path; // full path of the plug-in file, inside its bundle for a VST3 bundle
 };
 
 // The full form of a path as the user gave it; false when the system cannot make one.
 bool FullPath(const std::wstring& path, std::wstring& full);
 
 // Reaches the server of the options' location and makes the effect (with --id for a shell's
-// sub-plug-in). On failure prints the one-line error and returns false.
+// sub-plug-in) from the file, or from the file inside it for a VST3 bundle folder. On failure
+// prints the one-line error and returns false.
 bool OpenPlugin(const Options& options, const std::wstring& file, PluginSession& session);
 
 // Loads --preset or --bank (with --program), then sets each --param in order. On failure prints

@@ -29,6 +29,11 @@ bool IsBankFile(const std::wstring& path)
     return path.size() >= 4 && _wcsicmp(path.c_str() + path.size() - 4, L".fxb") == 0;
 }
 
+bool IsVst3PresetFile(const std::wstring& path)
+{
+    return path.size() >= 10 && _wcsicmp(path.c_str() + path.size() - 10, L".vstpreset") == 0;
+}
+
 HRESULT LoadPresetFile(ITqVstEffect* effect, const std::wstring& path)
 {
     tq::ComPtr<IStream> stream;

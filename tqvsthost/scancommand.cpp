@@ -6,9 +6,11 @@
 #include "hresulttext.h"
 #include "jsonwriter.h"
 #include "pluginsession.h"
+#include "vst3bundle.h"
 
 #include <algorithm>
 #include <cstdio>
+#include <set>
 
 namespace tqhost {
 namespace {
@@ -47,6 +49,9 @@ bool EndsWithDll(const std::wstring& name)
     return name.size() >= 4 && _wcsicmp(name.c_str() + name.size() - 4, L".dll") == 0;
 }
 
+// No module holds more classes than this; a walk that goes on is a module out of order.
+constexpr size_t kMaxShellIds = 10000;
+
 struct ScanResult
 {
     std::wstring path;
@@ -55,7 +60,26 @@ struct ScanResult
     WCHAR vendor[kTextCapacity] = {};
     WCHAR product[kTextCapacity] = {};
     TqVstEffectInfo info = {};
+    std::vector<UINT32> shellIds; // the audio classes of a VST3 module with several
 };
+
+// The ShellIds of a VST3 module's audio classes, walked on an effect made without an id. The
+// walk ends at the first id seen twice, as on a module whose class list faults.
+std::vector<UINT32> Vst3ShellIds(ITqVstEffectFactory* factory, const std::wstring& path)
+{
+    std::vector<UINT32> ids;
+    tq::ComPtr<ITqVstEffect> module;
+    if (FAILED(factory->CreateEffect(path.c_str(), 0, IID_ITqVstEffect, module.PutVoid())) ||
+        !module)
+        return ids;
+    std::set<UINT32> seen;
+    UINT32 id = 0;
+    WCHAR name[kTextCapacity] = {};
+    while (ids.size() < kMaxShellIds &&
+           module->GetNextShellPlugin(&id, name, kTextCapacity) == S_OK && seen.insert(id).second)
+        ids.push_back(id);
+    return ids;
+}
 
 std::string JsonOf(const ScanResult& result)
 {
@@ -76,6 +100,7 @@ std::string JsonOf(const ScanResult& result)
         .Add("parameters", result.info.numParameters)
         .Add("programs", result.info.numPrograms)
         .Add("flags", result.info.flags);
+    if (!result.shellIds.empty()) object.Add("shellIds", result.shellIds);
     return object.Text();
 }
 
@@ -97,7 +122,7 @@ void PrintProgress(FILE* stream, size_t number, size_t total, const ScanResult& 
 
 } // namespace
 
-std::vector<std::wstring> FindPluginFiles(const std::wstring& folder)
+std::vector<std::wstring> FindPluginFiles(const std::wstring& folder, int location)
 {
     std::vector<std::wstring> files;
     std::vector<std::wstring> folders;
@@ -108,9 +133,12 @@ std::vector<std::wstring> FindPluginFiles(const std::wstring& folder)
     {
         const std::wstring name = found.cFileName;
         if (name == L"." || name == L"..") continue;
-        if (found.dwFileAttributes & FILE_ATTRIBUTE_DIRECTORY)
+        const bool isFolder = found.dwFileAttributes & FILE_ATTRIBUTE_DIRECTORY;
+        if (isFolder && IsVst3Path(name))
+            files.push_back(ResolveVst3Bundle(folder + L"\\" + name, location));
+        else if (isFolder)
             folders.push_back(folder + L"\\" + name);
-        else if (EndsWithDll(name))
+        else if (EndsWithDll(name) || IsVst3Path(name))
             files.push_back(folder + L"\\" + name);
     } while (FindNextFileW(search, &found));
     FindClose(search);
@@ -122,7 +150,7 @@ std::vector<std::wstring> FindPluginFiles(const std::wstring& folder)
     std::sort(folders.begin(), folders.end(), byName);
     for (const std::wstring& sub : folders)
     {
-        const std::vector<std::wstring> inner = FindPluginFiles(sub);
+        const std::vector<std::wstring> inner = FindPluginFiles(sub, location);
         files.insert(files.end(), inner.begin(), inner.end());
     }
     return files;
@@ -146,7 +174,7 @@ int RunScan(const Options& options)
                                  HRESULT_FROM_WIN32(ERROR_PATH_NOT_FOUND));
         while (full.size() > 3 && full.back() == L'\\')
             full.pop_back();
-        const std::vector<std::wstring> found = FindPluginFiles(full);
+        const std::vector<std::wstring> found = FindPluginFiles(full, options.location);
         files.insert(files.end(), found.begin(), found.end());
     }
 
@@ -169,6 +197,8 @@ int RunScan(const Options& options)
                         : factory.Get()->GetEffectInfoForFile(result.path.c_str(), 0, result.name,
                                                               result.vendor, result.product,
                                                               &result.info, timeoutMs);
+        if (result.hr == TQVST_S_SHELL && options.json && IsVst3Path(result.path))
+            result.shellIds = Vst3ShellIds(factory.Get(), result.path);
         // A crash outside the server's guards ends the process; the next file gets a new one.
         if (ServerIsGone(result.hr))
         {

@@ -8,8 +8,10 @@
 
 namespace tqhost {
 
-// Every *.dll below the folder by name, then those of each subfolder, also by name.
-std::vector<std::wstring> FindPluginFiles(const std::wstring& folder);
+// Every plug-in file below the folder by name, then those of each subfolder, also by name: each
+// *.dll and *.vst3 file, and for each *.vst3 bundle folder the file inside it that a server at
+// location loads (the bundle is not searched further).
+std::vector<std::wstring> FindPluginFiles(const std::wstring& folder, int location);
 
 // Returns the process exit code: 0 when the scan ran, even if plug-ins failed.
 int RunScan(const Options& options);

@@ -944,4 +944,211 @@ TEST_F(HostProcess, ShowsTheLengthInTheChosenTimeFormat)
     EXPECT_NE(wrong.output.find("not a time format: hms"), std::string::npos) << wrong.output;
 }
 
+// ---- VST3: single files, bundle folders, modules of several classes ----------------------------
+
+// The ShellIds of our VST3 test classes, as info prints them.
+constexpr char kGain3ShellId[] = "0x3A60F6D2";
+constexpr const char* kShell3Classes[] = {"0x243C94F3  Shell First", "0xCA32F5DF  Shell Second",
+                                          "0x5456607C  Shell Third"};
+
+// A bundle folder Name.vst3 holding the gain for each architecture this machine can load.
+class Vst3Bundle
+{
+public:
+    explicit Vst3Bundle(const tqtest::TempFolder& folder, const std::wstring& name)
+        : m_path(folder.File(name))
+    {
+        CreateDirectoryW(m_path.c_str(), nullptr);
+        CreateDirectoryW((m_path + L"\\Contents").c_str(), nullptr);
+        Add(sizeof(void*) == 8 ? L"x86_64-win" : L"x86-win", tqtest::PluginPath(L"tqgain3.vst3"),
+            name);
+        if (sizeof(void*) == 8 && tqtest::FileExists(tqtest::Plugin32Path(L"tqgain3.vst3")))
+            Add(L"x86-win", tqtest::Plugin32Path(L"tqgain3.vst3"), name);
+    }
+    ~Vst3Bundle()
+    {
+        for (auto it = m_made.rbegin(); it != m_made.rend(); ++it)
+            DeleteFileW(it->c_str()) || RemoveDirectoryW(it->c_str());
+        RemoveDirectoryW((m_path + L"\\Contents").c_str());
+        RemoveDirectoryW(m_path.c_str());
+    }
+    Vst3Bundle(const Vst3Bundle&) = delete;
+    Vst3Bundle& operator=(const Vst3Bundle&) = delete;
+
+    const std::wstring& Path() const { return m_path; }
+
+private:
+    void Add(const std::wstring& architecture, const std::wstring& file, const std::wstring& name)
+    {
+        const std::wstring folder = m_path + L"\\Contents\\" + architecture;
+        CreateDirectoryW(folder.c_str(), nullptr);
+        m_made.push_back(folder);
+        CopyFileW(file.c_str(), (folder + L"\\" + name).c_str(), FALSE);
+        m_made.push_back(folder + L"\\" + name);
+    }
+
+    std::wstring m_path;
+    std::vector<std::wstring> m_made;
+};
+
+std::wstring Gain3()
+{
+    return Quoted(tqtest::PluginPath(L"tqgain3.vst3"));
+}
+
+TEST(HostVst3, InfoShowsClassVendorShellIdAndVersion)
+{
+    tqtest::TempFolder folder;
+    Vst3Bundle bundle(folder, L"Gain.vst3");
+    // A trailing backslash before a closing quote is doubled, as a command line needs it.
+    for (const std::wstring& plugin :
+         {Gain3(), Quoted(bundle.Path()), L"--inproc " + Quoted(bundle.Path() + L"\\\\"),
+          L"--id " + std::wstring(L"0x3A60F6D2 ") + Gain3()})
+    {
+        const RunResult run = RunHost(L"info " + plugin);
+        EXPECT_EQ(run.exitCode, 0u) << run.output;
+        EXPECT_NE(run.output.find("Class:            TqGain3\nVendor:           tqvst\n"
+                                  "ShellId:          " +
+                                  std::string(kGain3ShellId) +
+                                  "\nVersion:          1.2.3.4 (10203004)\n"),
+                  std::string::npos)
+            << run.output;
+        EXPECT_NE(run.output.find("Inputs:           2"), std::string::npos);
+        EXPECT_EQ(run.output.find("Product:"), std::string::npos) << "no product for VST3";
+    }
+    const RunResult inBundle = RunHost(L"info " + Quoted(bundle.Path()));
+    const std::wstring inside = bundle.Path() + L"\\Contents\\" +
+                                (sizeof(void*) == 8 ? L"x86_64-win" : L"x86-win") + L"\\Gain.vst3";
+    EXPECT_NE(
+        inBundle.output.find("Plug-in:          " + std::string(inside.begin(), inside.end())),
+        std::string::npos)
+        << "the server was given the file inside: " << inBundle.output;
+
+    if (tqtest::Have32BitServer())
+    {
+        const RunResult x86 = RunHost(L"info --x86 " + Quoted(bundle.Path()));
+        EXPECT_EQ(x86.exitCode, 0u) << x86.output;
+        EXPECT_NE(x86.output.find("Contents\\x86-win\\Gain.vst3"), std::string::npos) << x86.output;
+        EXPECT_NE(x86.output.find("(32-bit server)"), std::string::npos);
+    }
+    // A bundle without the architecture fails as a missing file would.
+    tqtest::TempFolder empty;
+    CreateDirectoryW(empty.File(L"Empty.vst3").c_str(), nullptr);
+    const RunResult none = RunHost(L"info " + Quoted(empty.File(L"Empty.vst3")));
+    EXPECT_EQ(none.exitCode, 1u) << none.output;
+    RemoveDirectoryW(empty.File(L"Empty.vst3").c_str());
+}
+
+TEST(HostVst3, AModuleOfSeveralClassesListsTheirShellIds)
+{
+    const RunResult run = RunHost(L"info " + Quoted(tqtest::PluginPath(L"tqshell3.vst3")));
+    EXPECT_EQ(run.exitCode, 0u) << run.output;
+    for (const char* line : kShell3Classes)
+        EXPECT_NE(run.output.find(std::string("\n  ") + line + "\n"), std::string::npos)
+            << line << " in " << run.output;
+    EXPECT_NE(run.output.find("3 sub-plug-ins"), std::string::npos) << "the controller is no class";
+}
+
+TEST(HostVst3, ParamsShowUnitsNormalisedValuesAndTheProgramList)
+{
+    const RunResult run = RunHost(L"params " + Gain3());
+    EXPECT_EQ(run.exitCode, 0u) << run.output;
+    EXPECT_NE(run.output.find("Gain                     display \"1.000\"  units \"x\"  "
+                              "value 0.500000"),
+              std::string::npos)
+        << run.output;
+    EXPECT_NE(run.output.find("Parameters: 1\n"), std::string::npos)
+        << "bypass, meter and program change are not the host's to set";
+    EXPECT_NE(run.output.find("Programs: 3 (current 0)\n    0  Unity\n    1  Half\n"
+                              "    2  Silence\n"),
+              std::string::npos)
+        << run.output;
+}
+
+TEST(HostVst3, EditorOpensTheViewAtItsOrderedSize)
+{
+    for (const wchar_t* where : {L"", L"--inproc "})
+    {
+        const RunResult run = RunHost(std::wstring(L"editor --seconds 0.5 ") + where +
+                                      Quoted(tqtest::PluginPath(L"view_fixed.vst3")));
+        if (run.output.find("could not create the editor's window") != std::string::npos)
+            GTEST_SKIP() << "no display for windows: " << run.output;
+        EXPECT_EQ(run.exitCode, 0u) << run.output;
+        EXPECT_NE(run.output.find("Editor of View Fixed: 40 x 80 (left 10, top 20, right 50, "
+                                  "bottom 100)\n"),
+                  std::string::npos)
+            << run.output;
+        EXPECT_NE(run.output.find("Closed the editor after "), std::string::npos);
+    }
+    const RunResult none = RunHost(L"editor " + Gain3());
+    EXPECT_EQ(none.exitCode, 1u);
+    EXPECT_NE(none.output.find("has no editor"), std::string::npos) << none.output;
+}
+
+TEST_F(HostProcess, Vst3TakesNormalisedValuesAndRoundTripsItsState)
+{
+    const RunResult direct = RunHost(L"process " + Gain3() + L" " + Quoted(m_input) + L" " +
+                                     Quoted(m_output) + L" --param 0=0.25");
+    ASSERT_EQ(direct.exitCode, 0u) << direct.output;
+    EXPECT_NE(direct.output.find("Peak out: -12.04 dBFS"), std::string::npos) << direct.output;
+    ExpectGain(m_output, 0.5);
+
+    const std::wstring preset = m_folder.File(L"half.vstpreset");
+    const RunResult saved =
+        RunHost(L"save-preset " + Gain3() + L" " + Quoted(preset) + L" --param 0=0.25");
+    ASSERT_EQ(saved.exitCode, 0u) << saved.output;
+    EXPECT_NE(saved.output.find("Saved the state ("), std::string::npos) << saved.output;
+    for (const wchar_t* where : {L"", L" --inproc"})
+    {
+        const RunResult run = RunHost(L"process " + Gain3() + L" " + Quoted(m_input) + L" " +
+                                      Quoted(m_output) + L" --preset " + Quoted(preset) + where);
+        ASSERT_EQ(run.exitCode, 0u) << run.output;
+        ExpectGain(m_output, 0.5);
+    }
+
+    // Each kind saves its own format, whatever name it is given.
+    const RunResult fxp =
+        RunHost(L"save-preset " + Gain3() + L" " + Quoted(m_folder.File(L"gain.fxp")));
+    EXPECT_EQ(fxp.exitCode, 1u);
+    EXPECT_NE(fxp.output.find(".vstpreset"), std::string::npos) << fxp.output;
+    const RunResult vstpreset =
+        RunHost(L"save-preset " + Gain() + L" " + Quoted(m_folder.File(L"gain.vstpreset")));
+    EXPECT_EQ(vstpreset.exitCode, 1u);
+    EXPECT_FALSE(tqtest::FileExists(m_folder.File(L"gain.vstpreset")));
+    DeleteFileW(preset.c_str());
+}
+
+TEST_F(HostScan, FindsVst3FilesAndBundlesAndListsTheShellIdsOfModules)
+{
+    Copy(L"tqgain3.vst3", m_folder.File(L"tqgain3.vst3"));
+    Copy(L"tqshell3.vst3", m_sub + L"\\tqshell3.vst3");
+    Vst3Bundle bundle(m_folder, L"Bundled.vst3");
+    const RunResult run = RunHost(L"scan --json " + Quoted(m_folder.Path()), true);
+    EXPECT_EQ(run.exitCode, 0u) << run.output;
+    std::vector<std::string> objects;
+    for (size_t at = run.output.find('{'); at != std::string::npos;
+         at = run.output.find('{', at + 1))
+        objects.push_back(run.output.substr(at, run.output.find('}', at) - at + 1));
+    ASSERT_EQ(objects.size(), 8u) << run.output;
+    // By name: Bundled.vst3 (the file inside) first, tqgain3.vst3 right after tqgain.dll, the
+    // module in the subfolder last.
+    EXPECT_NE(objects[0].find("Bundled.vst3\\\\Contents\\\\"), std::string::npos) << objects[0];
+    for (size_t i : {0u, 3u})
+    {
+        EXPECT_NE(objects[i].find("\"outcome\": \"ok\", \"name\": \"TqGain3\", \"vendor\": "
+                                  "\"tqvst\""),
+                  std::string::npos)
+            << objects[i];
+        EXPECT_NE(objects[i].find("\"uniqueId\": 979433170"), std::string::npos) << objects[i];
+        EXPECT_NE(objects[i].find("\"version\": 10203004"), std::string::npos) << objects[i];
+        EXPECT_EQ(objects[i].find("shellIds"), std::string::npos) << "one class, no list";
+    }
+    EXPECT_NE(objects[7].find("tqshell3.vst3\", \"result\": \"0x"), std::string::npos)
+        << objects[7];
+    EXPECT_NE(objects[7].find("\"outcome\": \"shell\""), std::string::npos) << objects[7];
+    EXPECT_NE(objects[7].find("\"shellIds\": [607950067, 3392337375, 1414946940]"),
+              std::string::npos)
+        << objects[7];
+}
+
 } // namespace

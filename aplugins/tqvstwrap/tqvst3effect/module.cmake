@@ -14,6 +14,7 @@ target_sources(tqvstcore PRIVATE
     ${CMAKE_CURRENT_LIST_DIR}/vst3module.cpp
     ${CMAKE_CURRENT_LIST_DIR}/vst3plugprovider.cpp
     ${CMAKE_CURRENT_LIST_DIR}/vst3speakerarrangement.cpp
+    ${CMAKE_CURRENT_LIST_DIR}/vst3stateblob.cpp
     ${CMAKE_CURRENT_LIST_DIR}/vst3version.cpp)
 target_include_directories(tqvstcore PUBLIC ${CMAKE_CURRENT_LIST_DIR})
 target_link_libraries(tqvstcore PUBLIC vst3 winmm PRIVATE -l:libz.a)

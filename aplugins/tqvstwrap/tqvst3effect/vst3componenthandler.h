@@ -3,9 +3,11 @@
 #pragma once
 
 #include "hosting/eventlist.h"
+#include "hosting/memorystream.h"
 #include "hosting/parameterchanges.h"
 #include "hosting/parameterchangetransfer.h"
 #include "hosting/processdata.h"
+#include "pluginterfaces/vst/ivstcomponent.h"
 #include "pluginterfaces/gui/iplugview.h"
 #include "pluginterfaces/vst/ivsteditcontroller.h"
 #include "pluginterfaces/vst/ivstunits.h"
@@ -102,6 +104,16 @@ public:
     vst3::EventList& Events() { return m_eventList; }
     CTqVst3Effect* Effect() const { return effect; }
 
+    // The component's and the controller's state framed in a buffer of the handler's own: two
+    // little-endian 64-bit sizes, then the two states. *out points into the handler and stays
+    // valid until the next call. 0, with *out untouched, when both states are empty.
+    vst3::int64 GetStateBlob(const void** out, vst3::IComponent* component,
+                             vst3::IEditController* controller);
+    // Restores both from such a frame, read in place. A frame whose sizes do not fit its bytes
+    // restores nothing. Always 0: what the plug-in answers is not looked at.
+    vst3::int32 SetStateBlob(const void* data, vst3::int64 size, vst3::IComponent* component,
+                             vst3::IEditController* controller);
+
 private:
     struct Release
     {
@@ -143,6 +155,8 @@ private:
     vst3::EventList m_eventList;
     vst3::HostProcessData m_processData;
     vst3::ProcessContext m_processContext = {};
+    // The last frame GetStateBlob made.
+    vst3::MemoryStream m_stateStream;
 };
 
 } // namespace tqvst

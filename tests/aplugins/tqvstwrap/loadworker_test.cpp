@@ -304,6 +304,17 @@ TEST_P(TimedLoad, BlockedPluginIsAbandonedWithinTheTimeout)
     ExpectNextLoadSucceeds();
 }
 
+// A VST3 module stuck in its factory is given up as a VST2 entry point is; the worker then
+// serves VST3 as before.
+TEST_P(TimedLoad, Vst3ModuleSpinningInItsFactoryIsAbandonedWithinTheTimeout)
+{
+    ExpectAbandoned(L"hang_in_factory.vst3", "VST3 factory-spinning");
+    ExpectNextLoadSucceeds();
+    const Facts next = Read(L"tqgain3.vst3", kGenerousMs);
+    EXPECT_EQ(next.hr, S_OK) << std::hex << next.hr;
+    EXPECT_STREQ(next.name, L"TqGain3");
+}
+
 // A plug-in that ends the thread loading it fails that load; the worker is rebuilt for the next.
 TEST_P(TimedLoad, PluginThatEndsTheLoadingThreadLeavesAWorkerThatIsRebuilt)
 {
