@@ -34,12 +34,9 @@ int ChangeExtension(wchar_t* path, int capacity, const wchar_t* extension, bool 
     wchar_t* dot = TqGetFileNameExtensionPtrW(TqGetFileNamePtrW(path));
     const int length = lstrlenW(path);
     if (*dot == L'.' && keepSame && lstrcmpiW(dot + 1, extension) == 0) return length;
-    if (!*extension)
-    {
-        if (keepSame) return length;
-        *dot = 0;
-        return static_cast<int>(dot - path);
-    }
+    // Adding nothing keeps the path; replacing by nothing keeps the dot, so that callers can
+    // tell a name that had no extension from one that ended in a dot.
+    if (!*extension && keepSame) return length;
     const int front = static_cast<int>(dot - path);
     const int newLength = front + 1 + lstrlenW(extension);
     if (newLength >= capacity) return 0;

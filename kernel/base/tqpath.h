@@ -24,7 +24,8 @@ TQKERNEL_API int TqRemoveSlashFromPathNameEnd(wchar_t* path);
 // Makes the path end in the extension (a leading '.' on it is ignored). The file name's current
 // extension is replaced unless it already equals the new one without regard to case.
 TQKERNEL_API int TqAddExtensionToPathName(wchar_t* path, int capacity, const wchar_t* extension);
-// Replaces the extension, or adds one; a null or empty extension removes it.
+// Replaces the text after the extension's dot, or adds a dot and the extension: a null or
+// empty extension leaves the name ending in its dot ("x.aif" gives "x.").
 TQKERNEL_API int TqReplaceExtensionOnPathName(wchar_t* path, int capacity,
                                               const wchar_t* extension);
 // Appends a name or relative path with one '\' between.

@@ -194,8 +194,9 @@ int CTqVst3Effect::ScanPresetFolder(const wchar_t* root, bool nested)
             if (entry.dwFileAttributes & FILE_ATTRIBUTE_DIRECTORY) continue;
             wchar_t name[MAX_PATH] = {};
             lstrcpynW(name, entry.cFileName, MAX_PATH);
-            // Takes the dot with the extension.
-            TqReplaceExtensionOnPathName(name, MAX_PATH, L"");
+            // The extension goes, then the dot it leaves behind.
+            const int length = TqReplaceExtensionOnPathName(name, MAX_PATH, L"");
+            if (length > 0) name[length - 1] = 0;
             m_presetPaths.push_back(base + entry.cFileName);
             m_presetNames.push_back(name);
             ++found;

@@ -60,7 +60,8 @@ const EditCase kExtensions[] = {
     {L"x.", L"wav", L"x.wav", L"x.wav"},
     {L"My file.v2 final", L"wav", L"My file.v2 final.wav", L"My file.v2 final.wav"},
     {L"C:\\my.folder\\x", L"wav", L"C:\\my.folder\\x.wav", L"C:\\my.folder\\x.wav"},
-    {L"x.aif", L"", L"x.aif", L"x"},
+    {L"x.aif", L"", L"x.aif", L"x."},
+    {L"x", L"", L"x", L"x."},
 };
 
 TEST(PathEditing, ExtensionsAddedAndReplaced)
