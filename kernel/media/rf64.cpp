@@ -159,8 +159,7 @@ TQKERNEL_API BOOL RF64_FindChunk(HANDLE file, DWORD id, ULONGLONG* size, BOOL st
 TQKERNEL_API HRESULT RF64_FindChunkHeaderInRIFF(HANDLE file, DWORD id, ULONGLONG* size,
                                                 ULONGLONG* riffSize)
 {
-    return RF64_FindChunk(file, id, size, FALSE, nullptr, riffSize, nullptr) ? S_OK
-                                                                             : TQ_E_NOTFOUND;
+    return RF64_FindChunk(file, id, size, FALSE, nullptr, riffSize, nullptr) ? S_OK : TQ_E_NOTFOUND;
 }
 
 TQKERNEL_API HRESULT RF64_FindChunkHeader(HANDLE file, DWORD id, ULONGLONG* size,

@@ -36,8 +36,7 @@ HRESULT UpdateSize(FileCursor& c, LONGLONG delta)
 bool FindListBehindData(FileCursor& c, DWORD type, ULONGLONG& size)
 {
     ULONGLONG dataSize = 0;
-    if (!tq::rf64::FindChunk(c, RIFF_ID_DATA, &dataSize, false, nullptr, nullptr, nullptr,
-                             nullptr))
+    if (!tq::rf64::FindChunk(c, RIFF_ID_DATA, &dataSize, false, nullptr, nullptr, nullptr, nullptr))
         return false;
     if (dataSize > (1ull << 62) || FAILED(c.Skip(dataSize + (dataSize & 1)))) return false;
     return SUCCEEDED(tq::rf64::FindListChunk(c, type, &size, nullptr));
@@ -72,8 +71,8 @@ TQKERNEL_API HRESULT RF64_DeleteChunk(HANDLE file, DWORD id, ULONGLONG* removed,
 
     ULONGLONG size = 0;
     const bool found = isList ? FindListBehindData(c, id, size)
-                              : tq::rf64::FindChunk(c, id, &size, false, nullptr, nullptr,
-                                                    nullptr, nullptr) != FALSE;
+                              : tq::rf64::FindChunk(c, id, &size, false, nullptr, nullptr, nullptr,
+                                                    nullptr) != FALSE;
     if (!found) return TQ_E_NOTFOUND;
     const ULONGLONG header = tq::riff::kChunkHeaderBytes + (isList ? tq::riff::kListTypeBytes : 0);
     ULONGLONG dataStart = 0;

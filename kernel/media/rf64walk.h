@@ -7,8 +7,8 @@
 namespace tq::rf64 {
 
 // RF64_FindChunk; ds64 (optional) also gets the ds64 read on the way, zeros if there was none.
-BOOL FindChunk(riff::FileCursor& c, DWORD id, ULONGLONG* size, bool stopAtData,
-               ULONGLONG* dataPos, ULONGLONG* remaining, ULONGLONG* fileEnd, tRF64DS64* ds64);
+BOOL FindChunk(riff::FileCursor& c, DWORD id, ULONGLONG* size, bool stopAtData, ULONGLONG* dataPos,
+               ULONGLONG* remaining, ULONGLONG* fileEnd, tRF64DS64* ds64);
 HRESULT FindChunkHeader(riff::FileCursor& c, DWORD id, ULONGLONG* size, ULONGLONG* remaining);
 HRESULT FindListChunk(riff::FileCursor& c, DWORD type, ULONGLONG* size, ULONGLONG* remaining);
 

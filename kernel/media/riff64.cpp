@@ -124,8 +124,7 @@ HRESULT ReadFileID(FileCursor& c, ULONGLONG* size, GUID* form)
     // A header cut short is judged by its GUID, which the zeros then fail.
     DWORD got = 0;
     c.ReadSome(&header, sizeof header, got);
-    if (got != sizeof header || !IsEqualGUID(header.id, RIFF64_GUID_RIFF))
-        return TQ_E_NORIFFHEADER;
+    if (got != sizeof header || !IsEqualGUID(header.id, RIFF64_GUID_RIFF)) return TQ_E_NORIFFHEADER;
     GUID formId;
     if (const HRESULT hr = c.Read(&formId, sizeof formId); FAILED(hr)) return hr;
     if (size) *size = TakeOff(Payload(header.size), kGuidBytes);

@@ -6,8 +6,8 @@
 
 namespace tq::riff64 {
 
-inline constexpr ULONGLONG kHeaderBytes = 24;    // GUID and size
-inline constexpr ULONGLONG kGuidBytes = 16;      // a form or list type
+inline constexpr ULONGLONG kHeaderBytes = 24;     // GUID and size
+inline constexpr ULONGLONG kGuidBytes = 16;       // a form or list type
 inline constexpr ULONGLONG kFileHeaderBytes = 40; // header and form
 inline constexpr ULONGLONG kSizeFieldOffset = 16;
 

@@ -37,16 +37,17 @@ struct FoundFormat
 tq::UniqueFile OpenForReading(const WCHAR* path)
 {
     if (!path) return tq::UniqueFile();
-    return tq::UniqueFile(::CreateFileW(path, GENERIC_READ, FILE_SHARE_READ, nullptr,
-                                        OPEN_EXISTING, FILE_ATTRIBUTE_NORMAL, nullptr));
+    return tq::UniqueFile(::CreateFileW(path, GENERIC_READ, FILE_SHARE_READ, nullptr, OPEN_EXISTING,
+                                        FILE_ATTRIBUTE_NORMAL, nullptr));
 }
 
 // Reads fmtSize bytes of a format chunk at the cursor into found, and makes its cbSize no larger
 // than what the chunk held. false for a chunk too short for a header.
-bool ReadFormatBytes(FileCursor& c, ULONGLONG fmtSize, DWORD least, FoundFormat& found)
+bool ReadFormatBytes(FileCursor& c, ULONGLONG fmtSize, FoundFormat& found)
 {
     std::memset(found.bytes, 0, sizeof found.bytes);
-    if (fmtSize < least) return false;
+    // A PCM writer's header without cbSize is the shortest there is.
+    if (fmtSize < 16) return false;
     const DWORD count = static_cast<DWORD>(std::min<ULONGLONG>(fmtSize, kHeaderRoom));
     if (FAILED(c.Read(found.bytes, count))) return false;
     const DWORD tail = count > sizeof(WAVEFORMATEX) ? count - sizeof(WAVEFORMATEX) : 0;
@@ -82,10 +83,10 @@ bool FindWaveFormat(FileCursor& c, FoundFormat& found)
     ULONGLONG fmtSize = 0;
     if (!tq::rf64::FindChunk(c, RIFF_ID_FMT, &fmtSize, false, nullptr, nullptr, nullptr, nullptr))
         return false;
-    return ReadFormatBytes(c, fmtSize, 16, found);
+    return ReadFormatBytes(c, fmtSize, found);
 }
 
-bool FindW64Format(FileCursor& c, FoundFormat& found, DWORD least)
+bool FindW64Format(FileCursor& c, FoundFormat& found)
 {
     GUID form;
     ULONGLONG bound = 0;
@@ -95,7 +96,8 @@ bool FindW64Format(FileCursor& c, FoundFormat& found, DWORD least)
     ULONGLONG fmtSize = 0;
     if (FAILED(riff64_FindChunkHeader(c.Handle(), &RIFF64_GUID_FMT, &fmtSize, &bound)))
         return false;
-    return ReadFormatBytes(c, fmtSize, least, found);
+    if (fmtSize > kLargestW64Fmt) return false;
+    return ReadFormatBytes(c, fmtSize, found);
 }
 
 bool ReadWave(FileCursor& c, FoundFormat& found)
@@ -113,7 +115,7 @@ bool ReadWave(FileCursor& c, FoundFormat& found)
 bool ReadWave64(FileCursor& c, FoundFormat& found)
 {
     CursorKeeper keeper(c);
-    if (!FindW64Format(c, found, 16) || !IsUsable(found.wfx)) return false;
+    if (!FindW64Format(c, found) || !IsUsable(found.wfx)) return false;
     ULONGLONG dataSize = 0;
     ULONGLONG dataPos = 0;
     if (FAILED(riff64_FindChunkHeaderInRIFF(c.Handle(), &RIFF64_GUID_DATA, &dataSize, nullptr)) ||
@@ -188,7 +190,7 @@ TQKERNEL_API BOOL TqFileIsWave64(const WCHAR* path, BOOL allowCompressed)
     if (!file) return FALSE;
     FileCursor c(file.Get());
     FoundFormat found;
-    if (!FindW64Format(c, found, sizeof(WAVEFORMATEX))) return FALSE;
+    if (!FindW64Format(c, found)) return FALSE;
     return allowCompressed || !TqAudio_IsCompressed(&found.wfx);
 }
 

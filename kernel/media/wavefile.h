@@ -13,7 +13,7 @@ struct _tqwaveformat;
 // A RIFF or RF64 file of form "WAVE" with a "fmt " chunk whose format is plain PCM or float, or
 // any format with allowCompressed. A file that will not open is no wave file.
 TQKERNEL_API BOOL TqFileIsWave(const WCHAR* path, BOOL allowCompressed);
-// The same for Wave64; its "fmt " must hold at least 18 bytes.
+// The same for Wave64. Its fmt may hold 16 bytes, as a PCM writer leaves it.
 TQKERNEL_API BOOL TqFileIsWave64(const WCHAR* path, BOOL allowCompressed);
 // AIFF, or AIFF-C without compression.
 TQKERNEL_API BOOL TqFileIsAiff(const WCHAR* path);
@@ -23,8 +23,7 @@ TQKERNEL_API BOOL TqFileIsAiff(const WCHAR* path);
 // alignment to match. frames (optional) gets the whole frames of the sample data, no more than
 // the file holds; dataStart (optional) the offset of the first sample. Both are left alone on
 // failure.
-TQKERNEL_API WAVEFORMATEX* TqGetFileWfx(const WCHAR* path, ULONGLONG* frames,
-                                        ULONGLONG* dataStart);
+TQKERNEL_API WAVEFORMATEX* TqGetFileWfx(const WCHAR* path, ULONGLONG* frames, ULONGLONG* dataStart);
 // Writes a format over that of a wave or AIFF file, inside its existing "fmt " or "COMM" chunk:
 // nothing outside the chunk is written. The header must pass the vetting below; an AIFF file
 // takes PCM only (0x8004E016). A "fmt " shorter than 16 bytes, or a file that is neither, gives
@@ -54,7 +53,8 @@ TQKERNEL_API HRESULT TqInitializeWav64(const WCHAR* path, const WAVEFORMATEX* wf
 TQKERNEL_API HRESULT TqInitializeWavWithJunk(const WCHAR* path, const WAVEFORMATEX* wfx, DWORD mode,
                                              DWORD headerBytes);
 // The Wave64 twin: headerBytes raised to a multiple of 8, at least 136; the stored file size is
-// headerBytes + 24 until the writer sets it.
+// headerBytes + 24 until the writer sets it. At 136 the fmt holds 16 bytes, so that the junk is
+// not empty (see TqInsertW64Header).
 TQKERNEL_API HRESULT TqInitializeWav64WithJunk(const WCHAR* path, const WAVEFORMATEX* wfx,
                                                DWORD mode, DWORD headerBytes);
 
@@ -68,9 +68,11 @@ TQKERNEL_API HRESULT TqInitializeWav64WithJunk(const WCHAR* path, const WAVEFORM
 // 0x8004E03A when the RIFF size would not fit 32 bits.
 TQKERNEL_API HRESULT TqInsertWavHeader(HANDLE file, const WAVEFORMATEX* wfx, DWORD dataBytes,
                                        DWORD headerBytes);
-// The Wave64 twin: headerBytes a multiple of 8, no more than the file's length, and 112 or at
-// least 136 (junk payload headerBytes - 136); 104 and 128 take a 16-byte fmt; else 0x8004E083.
-// The stored file size is headerBytes + dataBytes.
+// The Wave64 twin: headerBytes a multiple of 8, no more than the file's length, and 112 or more
+// than 136 (junk payload headerBytes - 136); else 0x8004E083. A junk chunk is never left empty,
+// since a widely used reader refuses chunks without payload: 136 takes a 16-byte fmt and junk of
+// 8. Where the samples of other writers start, 104 takes a 16-byte fmt and 128 a 40-byte one
+// (the header and zeros), both without junk. The stored file size is headerBytes + dataBytes.
 TQKERNEL_API HRESULT TqInsertW64Header(HANDLE file, const WAVEFORMATEX* wfx, ULONGLONG dataBytes,
                                        ULONGLONG headerBytes);
 
@@ -92,8 +94,8 @@ TQKERNEL_API HRESULT TqFixTrashedW64(HANDLE file, const WAVEFORMATEX* wfx, ULONG
 // The same for the kernel's format record, written as a plain header.
 TQKERNEL_API HRESULT TqInitializeWavFromRecord(const WCHAR* path, const struct _tqwaveformat* fmt,
                                                DWORD mode);
-TQKERNEL_API HRESULT TqInitializeWav64FromRecord(const WCHAR* path,
-                                                 const struct _tqwaveformat* fmt, DWORD mode);
+TQKERNEL_API HRESULT TqInitializeWav64FromRecord(const WCHAR* path, const struct _tqwaveformat* fmt,
+                                                 DWORD mode);
 TQKERNEL_API HRESULT TqInitializeWavWithJunkFromRecord(const WCHAR* path,
                                                        const struct _tqwaveformat* fmt, DWORD mode,
                                                        DWORD headerBytes);
@@ -109,41 +111,42 @@ TQKERNEL_API HRESULT TqFixTrashedWavFromRecord(HANDLE file, const struct _tqwave
 TQKERNEL_API HRESULT TqFixTrashedW64FromRecord(HANDLE file, const struct _tqwaveformat* fmt,
                                                ULONGLONG scanLimit);
 
+// In C++ the record overloads take a reference, so that a null format stays the header's.
 #ifdef __cplusplus
-inline HRESULT TqInitializeWav(const WCHAR* path, const _tqwaveformat* fmt, DWORD mode)
+inline HRESULT TqInitializeWav(const WCHAR* path, const _tqwaveformat& fmt, DWORD mode)
 {
-    return TqInitializeWavFromRecord(path, fmt, mode);
+    return TqInitializeWavFromRecord(path, &fmt, mode);
 }
-inline HRESULT TqInitializeWav64(const WCHAR* path, const _tqwaveformat* fmt, DWORD mode)
+inline HRESULT TqInitializeWav64(const WCHAR* path, const _tqwaveformat& fmt, DWORD mode)
 {
-    return TqInitializeWav64FromRecord(path, fmt, mode);
+    return TqInitializeWav64FromRecord(path, &fmt, mode);
 }
-inline HRESULT TqInitializeWavWithJunk(const WCHAR* path, const _tqwaveformat* fmt, DWORD mode,
+inline HRESULT TqInitializeWavWithJunk(const WCHAR* path, const _tqwaveformat& fmt, DWORD mode,
                                        DWORD headerBytes)
 {
-    return TqInitializeWavWithJunkFromRecord(path, fmt, mode, headerBytes);
+    return TqInitializeWavWithJunkFromRecord(path, &fmt, mode, headerBytes);
 }
-inline HRESULT TqInitializeWav64WithJunk(const WCHAR* path, const _tqwaveformat* fmt, DWORD mode,
+inline HRESULT TqInitializeWav64WithJunk(const WCHAR* path, const _tqwaveformat& fmt, DWORD mode,
                                          DWORD headerBytes)
 {
-    return TqInitializeWav64WithJunkFromRecord(path, fmt, mode, headerBytes);
+    return TqInitializeWav64WithJunkFromRecord(path, &fmt, mode, headerBytes);
 }
-inline HRESULT TqInsertWavHeader(HANDLE file, const _tqwaveformat* fmt, DWORD dataBytes,
+inline HRESULT TqInsertWavHeader(HANDLE file, const _tqwaveformat& fmt, DWORD dataBytes,
                                  DWORD headerBytes)
 {
-    return TqInsertWavHeaderFromRecord(file, fmt, dataBytes, headerBytes);
+    return TqInsertWavHeaderFromRecord(file, &fmt, dataBytes, headerBytes);
 }
-inline HRESULT TqInsertW64Header(HANDLE file, const _tqwaveformat* fmt, ULONGLONG dataBytes,
+inline HRESULT TqInsertW64Header(HANDLE file, const _tqwaveformat& fmt, ULONGLONG dataBytes,
                                  ULONGLONG headerBytes)
 {
-    return TqInsertW64HeaderFromRecord(file, fmt, dataBytes, headerBytes);
+    return TqInsertW64HeaderFromRecord(file, &fmt, dataBytes, headerBytes);
 }
-inline HRESULT TqFixTrashedWav(HANDLE file, const _tqwaveformat* fmt, DWORD scanLimit)
+inline HRESULT TqFixTrashedWav(HANDLE file, const _tqwaveformat& fmt, DWORD scanLimit)
 {
-    return TqFixTrashedWavFromRecord(file, fmt, scanLimit);
+    return TqFixTrashedWavFromRecord(file, &fmt, scanLimit);
 }
-inline HRESULT TqFixTrashedW64(HANDLE file, const _tqwaveformat* fmt, ULONGLONG scanLimit)
+inline HRESULT TqFixTrashedW64(HANDLE file, const _tqwaveformat& fmt, ULONGLONG scanLimit)
 {
-    return TqFixTrashedW64FromRecord(file, fmt, scanLimit);
+    return TqFixTrashedW64FromRecord(file, &fmt, scanLimit);
 }
 #endif

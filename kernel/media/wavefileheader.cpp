@@ -78,8 +78,9 @@ HeaderImage W64Header(const WAVEFORMATEX& wfx, ULONGLONG storedFileSize, DWORD f
     Put(b, &RIFF64_GUID_FMT, sizeof(GUID));
     // Stored as a chunk written in one go stores it: without its padding.
     Put64(b, fmtBytes + 24ull);
-    Put(b, &wfx, fmtBytes);
-    b.resize(b.size() + (8 - fmtBytes % 8) % 8, 0);
+    Put(b, &wfx, fmtBytes < sizeof wfx ? fmtBytes : sizeof wfx);
+    b.resize(
+        b.size() + (fmtBytes > sizeof wfx ? fmtBytes - sizeof wfx : 0) + (8 - fmtBytes % 8) % 8, 0);
     if (hasJunk)
     {
         Put(b, &RIFF64_GUID_JUNK, sizeof(GUID));
@@ -114,12 +115,11 @@ namespace {
 
 using namespace tq::wave;
 
-constexpr DWORD kWavBare = 46;     // header, 18-byte "fmt ", "data" header
-constexpr DWORD kWavShort = 44;    // the same with a 16-byte "fmt "
-constexpr DWORD kWavJunk = 54;     // kWavBare and a "JUNK" header
-constexpr DWORD kW64Bare = 112;    // header, fmt of 18 bytes padded to 24, data header
-constexpr DWORD kW64Short = 104;   // the same with a 16-byte fmt
-constexpr DWORD kW64Junk = 136;    // kW64Bare and a junk header
+constexpr DWORD kWavBare = 46;  // header, 18-byte "fmt ", "data" header
+constexpr DWORD kWavShort = 44; // the same with a 16-byte "fmt "
+constexpr DWORD kWavJunk = 54;  // kWavBare and a "JUNK" header
+constexpr DWORD kW64Bare = 112; // header, fmt of 18 bytes padded to 24, data header
+constexpr DWORD kW64Junk = 136; // kW64Bare and a junk header
 constexpr ULONGLONG kW64FreshStoredSize = 130;
 
 // CreateFileW's dispositions, but an existing file is always emptied: a fresh header over old
@@ -147,11 +147,24 @@ DWORD WavFmtBytes(DWORD headerBytes)
     return 0;
 }
 
-ULONGLONG W64FmtBytes(ULONGLONG headerBytes)
+// How a Wave64 header fills headerBytes: the fmt payload (the header's 18 bytes, 16 without
+// cbSize, or 40 with zeros behind the 18) and a junk payload, or none. A junk chunk is never left
+// empty, because a widely used reader refuses any chunk without a payload.
+struct W64Layout
 {
-    if (headerBytes == kW64Bare || headerBytes >= kW64Junk) return 18;
-    if (headerBytes == kW64Short || headerBytes == kW64Short + 24) return 16;
-    return 0;
+    DWORD fmtBytes = 0; // 0: no layout fills headerBytes
+    bool hasJunk = false;
+    ULONGLONG junkPayload = 0;
+};
+
+W64Layout W64LayoutFor(ULONGLONG headerBytes)
+{
+    if (headerBytes == kW64Bare) return {18, false, 0};
+    if (headerBytes == kW64Bare - 8) return {16, false, 0};
+    if (headerBytes == kW64Bare + 16) return {40, false, 0};
+    if (headerBytes == kW64Junk) return {16, true, 8};
+    if (headerBytes > kW64Junk) return {18, true, headerBytes - kW64Junk};
+    return {};
 }
 
 HRESULT RecordHeader(const _tqwaveformat* fmt, WAVEFORMATEX& wfx)
@@ -186,8 +199,8 @@ TQKERNEL_API HRESULT TqInitializeWavWithJunk(const WCHAR* path, const WAVEFORMAT
     if (const HRESULT hr = Open(path, mode, file); FAILED(hr)) return hr;
     headerBytes &= ~1u;
     if (headerBytes < kWavJunk) return E_INVALIDARG;
-    return WriteHeader(file.Get(), WavHeader(*wfx, headerBytes - 8, 18, true,
-                                             headerBytes - kWavJunk, 0));
+    return WriteHeader(file.Get(),
+                       WavHeader(*wfx, headerBytes - 8, 18, true, headerBytes - kWavJunk, 0));
 }
 
 TQKERNEL_API HRESULT TqInitializeWav64WithJunk(const WCHAR* path, const WAVEFORMATEX* wfx,
@@ -198,7 +211,9 @@ TQKERNEL_API HRESULT TqInitializeWav64WithJunk(const WCHAR* path, const WAVEFORM
     if (const HRESULT hr = Open(path, mode, file); FAILED(hr)) return hr;
     const ULONGLONG header = (headerBytes + 7ull) & ~7ull;
     if (header < kW64Junk) return E_INVALIDARG;
-    return WriteHeader(file.Get(), W64Header(*wfx, header + 24, 18, true, header - kW64Junk, 24));
+    const W64Layout layout = W64LayoutFor(header);
+    return WriteHeader(file.Get(),
+                       W64Header(*wfx, header + 24, layout.fmtBytes, true, layout.junkPayload, 24));
 }
 
 TQKERNEL_API HRESULT TqInsertWavHeader(HANDLE file, const WAVEFORMATEX* wfx, DWORD dataBytes,
@@ -228,16 +243,14 @@ TQKERNEL_API HRESULT TqInsertW64Header(HANDLE file, const WAVEFORMATEX* wfx, ULO
     FileCursor c(file);
     ULONGLONG length = 0;
     if (const HRESULT hr = c.Length(length); FAILED(hr)) return hr;
-    const ULONGLONG fmtBytes = W64FmtBytes(headerBytes);
-    if ((headerBytes & 7) || headerBytes > length || fmtBytes == 0) return TQ_E_BADCHUNKHEADER;
+    const W64Layout layout = W64LayoutFor(headerBytes);
+    if ((headerBytes & 7) || headerBytes > length || layout.fmtBytes == 0)
+        return TQ_E_BADCHUNKHEADER;
     if (dataBytes > ~0ull - headerBytes - 24) return TQ_E_SIZELIMIT;
-    const ULONGLONG fixedBytes = 40 + 24 + ((fmtBytes + 7) & ~7ull) + 24;
-    const bool hasJunk = headerBytes > fixedBytes;
-    const ULONGLONG junkPayload = hasJunk ? headerBytes - fixedBytes - 24 : 0;
     CursorKeeper keeper(c);
     if (!keeper.Saved()) return TQ_E_READFAILED;
-    return WriteHeader(file, W64Header(*wfx, headerBytes + dataBytes, static_cast<DWORD>(fmtBytes),
-                                       hasJunk, junkPayload, dataBytes + 24));
+    return WriteHeader(file, W64Header(*wfx, headerBytes + dataBytes, layout.fmtBytes,
+                                       layout.hasJunk, layout.junkPayload, dataBytes + 24));
 }
 
 TQKERNEL_API HRESULT TqInitializeWavFromRecord(const WCHAR* path, const _tqwaveformat* fmt,

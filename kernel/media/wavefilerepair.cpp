@@ -50,8 +50,8 @@ HRESULT WalkW64(HANDLE file, ULONGLONG bound, ULONGLONG& dataStart)
 const DWORD kDataId = RIFF_ID_DATA;
 
 const Framing kWav = {20, 12, 36, reinterpret_cast<const BYTE*>(&kDataId), 4, 8, WalkWav};
-const Framing kW64 = {64, 40, 80, reinterpret_cast<const BYTE*>(&RIFF64_GUID_DATA), 16, 24,
-                      WalkW64};
+const Framing kW64 = {64, 40, 80,     reinterpret_cast<const BYTE*>(&RIFF64_GUID_DATA),
+                      16, 24, WalkW64};
 
 bool IsPcmWidth(WORD bits)
 {
@@ -84,7 +84,7 @@ WAVEFORMATEX RepairedFormat(const WAVEFORMATEX& broken, const WAVEFORMATEX* give
     else
     {
         const bool floatOk = broken.wBitsPerSample == 32 || broken.wBitsPerSample == 64;
-        wfx.wBitsPerSample = floatOk ? broken.wBitsPerSample
+        wfx.wBitsPerSample = floatOk                         ? broken.wBitsPerSample
                              : fallback.wBitsPerSample <= 32 ? 32
                                                              : 64;
     }
