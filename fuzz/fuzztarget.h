@@ -71,5 +71,11 @@ std::vector<Bytes> XmlSeeds();
 HRESULT RunXml(FuzzContext& context);
 std::vector<Bytes> AiffSeeds();
 HRESULT RunAiff(FuzzContext& context);
+std::vector<Bytes> RiffSeeds();
+HRESULT RunRiff(FuzzContext& context);
+std::vector<Bytes> W64Seeds();
+HRESULT RunW64(FuzzContext& context);
+std::vector<Bytes> Rf64Seeds();
+HRESULT RunRf64(FuzzContext& context);
 
 } // namespace tqfuzz
