@@ -4,7 +4,7 @@
 #include "filecursor.h"
 #include "iff.h"
 #include "rf64walk.h"
-#include "riff64walk.h"
+#include "riff64.h"
 #include "tqwaveformat.h"
 #include "uniquehandle.h"
 #include "wavefileinternal.h"
