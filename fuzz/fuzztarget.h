@@ -73,5 +73,11 @@ std::vector<Bytes> AiffSeeds();
 HRESULT RunAiff(FuzzContext& context);
 std::vector<Bytes> SummarySeeds();
 HRESULT RunSummary(FuzzContext& context);
+std::vector<Bytes> RiffSeeds();
+HRESULT RunRiff(FuzzContext& context);
+std::vector<Bytes> W64Seeds();
+HRESULT RunW64(FuzzContext& context);
+std::vector<Bytes> Rf64Seeds();
+HRESULT RunRf64(FuzzContext& context);
 
 } // namespace tqfuzz
