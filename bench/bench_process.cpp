@@ -1,5 +1,5 @@
 // bench_process: round trip of one Process call for stereo float blocks through tqgain, in
-// process and through a server process.
+// process and through a server process, there both through shared memory and as plain calls.
 #include "benchsupport.h"
 
 #include <objbase.h>
@@ -78,13 +78,19 @@ int wmain()
     const std::wstring plugin = BenchFolder() + L"\\..\\testplugins\\tqgain.dll";
 
     const Figures inProcess = Measure(kTqVstInProcess, plugin, L"in process");
-    const Figures server = Measure(kTqVstServer, plugin, L"server");
+    const Figures shared = Measure(kTqVstServer, plugin, L"server, shared block");
+    const Figures calls = Measure(kTqVstServer | kTqVstPlainProxy, plugin, L"server, plain calls");
 
-    wprintf(L"bench_process: median in process / out of process (us):");
     for (int s = 0; s < kSizes; ++s)
-        wprintf(L" %u frames %.2f / %.2f%ls", kFrameCounts[s], inProcess.medianUs[s],
-                server.medianUs[s], s + 1 < kSizes ? L"," : L"");
-    wprintf(L"; out-of-process p99 at 2048 frames %.2f us\n", server.p99Us[kSizes - 1]);
+    {
+        wprintf(L"bench_process: %4u frames, median (p99) us: in process %.2f (%.2f), shared %.2f "
+                L"(%.2f), plain calls %.2f (%.2f); shared over in process +%.2f us median, "
+                L"+%.2f us p99; plain calls / shared %.1fx\n",
+                kFrameCounts[s], inProcess.medianUs[s], inProcess.p99Us[s], shared.medianUs[s],
+                shared.p99Us[s], calls.medianUs[s], calls.p99Us[s],
+                shared.medianUs[s] - inProcess.medianUs[s], shared.p99Us[s] - inProcess.p99Us[s],
+                shared.medianUs[s] > 0 ? calls.medianUs[s] / shared.medianUs[s] : 0.0);
+    }
     CoUninitialize();
-    return inProcess.measured && server.measured ? 0 : 1;
+    return inProcess.measured && shared.measured && calls.measured ? 0 : 1;
 }
