@@ -2,6 +2,7 @@
 // calls on its message loop until nothing holds it any more.
 #include "effectfactory.h"
 #include "hostwatch.h"
+#include "interfaceanchor.h"
 #include "rootwindow.h"
 #include "serverargs.h"
 #include "serverlifetime.h"
@@ -41,6 +42,7 @@ int WINAPI wWinMain(HINSTANCE instance, HINSTANCE, LPWSTR, int showCommand)
             // A failed registration still lets the server run; the starter sees it as a class
             // object it cannot get.
             RegisterVstClassObject(GetCurrentThreadId(), vendor, product);
+            tqvst::AnchorInterfaces();
 
             const wchar_t* eventName = args.GetSwitchValue(L"Event");
             tq::UniqueHandle ready(OpenEventW(EVENT_MODIFY_STATE, FALSE, eventName));
@@ -65,6 +67,7 @@ int WINAPI wWinMain(HINSTANCE instance, HINSTANCE, LPWSTR, int showCommand)
                 DispatchMessageW(&message);
             }
             RevokeVstClassObject();
+            tqvst::ReleaseInterfaceAnchors();
             CoUninitialize();
         }
     }

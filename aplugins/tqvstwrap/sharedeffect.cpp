@@ -18,6 +18,8 @@ std::atomic<DWORD> g_processTimeoutMs = kDefaultProcessTimeoutMs;
 constexpr LONGLONG kHostSpinUs = 200;
 // Larger blocks take the ordinary call, which has no limit of its own.
 constexpr UINT64 kMaxAreaBytes = 64u << 20;
+// Calls other than Process may take longer: opening an editor, loading a bank.
+constexpr DWORD kCallTimeoutFactor = 5;
 // What a server that ended during a block, or before it, gives over the ordinary call.
 constexpr HRESULT kServerEndedInCall = HRESULT_FROM_WIN32(RPC_S_CALL_FAILED);
 
@@ -36,6 +38,18 @@ void SetSharedProcessTimeout(DWORD milliseconds)
 DWORD SharedProcessTimeout()
 {
     return g_processTimeoutMs;
+}
+
+DWORD CTqVstSharedEffect::CallTimeout()
+{
+    return g_processTimeoutMs.load() * kCallTimeoutFactor;
+}
+
+HRESULT CTqVstSharedEffect::Watched(const CallWatch& watch, HRESULT hr)
+{
+    if (!watch.Fired()) return hr;
+    m_broken = TQVST_E_TIMEOUT;
+    return m_broken;
 }
 
 HRESULT CTqVstSharedEffect::Create(IClassFactory* serverFactory, ITqVstEffect* proxy,
@@ -70,8 +84,11 @@ HRESULT CTqVstSharedEffect::Create(IClassFactory* serverFactory, ITqVstEffect* p
 CTqVstSharedEffect::~CTqVstSharedEffect()
 {
     // The server lets go of the block and stops its audio thread before the effect goes.
-    m_channel.Reset();
-    m_proxy.Reset();
+    {
+        CallWatch watch(m_server.Get(), CallTimeout());
+        m_channel.Reset();
+        m_proxy.Reset();
+    }
     m_master.Reset(nullptr);
 }
 
@@ -126,7 +143,8 @@ HRESULT CTqVstSharedEffect::Configure(UINT64 areaBytes)
     static_assert(sizeof(sent) == sizeof(token));
     std::memcpy(&sent, &token, sizeof(sent));
     // The server stops its audio thread and lets the old block go before it answers.
-    const HRESULT hr = m_channel->Configure(&sent);
+    CallWatch watch(m_server.Get(), CallTimeout());
+    const HRESULT hr = Watched(watch, m_channel->Configure(&sent));
     if (FAILED(hr))
     {
         m_header = nullptr;
@@ -205,14 +223,15 @@ HRESULT STDMETHODCALLTYPE CTqVstSharedEffect::Process(BYTE* input, UINT32 inputC
     const UINT64 outputBytes = outputChannels > 0 ? frameBytes * UINT64(outputChannels) : 0;
     const UINT64 areaBytes = std::max(inputBytes, outputBytes);
     if (m_serverGone || !output || outputBytes == 0 || areaBytes > kMaxAreaBytes)
-        return m_proxy->Process(input, inputChannels, output, outputChannels, frames,
-                                bytesPerSample);
+        return Forward(&ITqVstEffect::Process, input, inputChannels, output, outputChannels, frames,
+                       bytesPerSample);
     if (areaBytes > m_areaBytes)
     {
         const HRESULT hr = Configure(areaBytes);
+        if (FAILED(m_broken)) return m_broken;
         if (FAILED(hr))
-            return m_proxy->Process(input, inputChannels, output, outputChannels, frames,
-                                    bytesPerSample);
+            return Forward(&ITqVstEffect::Process, input, inputChannels, output, outputChannels,
+                           frames, bytesPerSample);
     }
 
     block::Header& header = *m_header;
@@ -254,7 +273,8 @@ HRESULT STDMETHODCALLTYPE CTqVstSharedEffect::Process(BYTE* input, UINT32 inputC
 HRESULT STDMETHODCALLTYPE CTqVstSharedEffect::SetMaster(IUnknown* master)
 {
     if (FAILED(m_broken)) return m_broken;
-    const HRESULT hr = m_channel->SetMaster(master);
+    CallWatch watch(m_server.Get(), CallTimeout());
+    const HRESULT hr = Watched(watch, m_channel->SetMaster(master));
     if (FAILED(hr)) return hr;
     m_hasMaster = master && SUCCEEDED(m_master.Reset(master));
     if (!master) m_master.Reset(nullptr);

@@ -3,6 +3,7 @@
 #pragma once
 
 #include "blockshare.h"
+#include "callwatch.h"
 #include "comptr.h"
 #include "masterrelay.h"
 #include "tqmemorytoken.h"
@@ -78,13 +79,19 @@ private:
     CTqVstSharedEffect() = default;
     ~CTqVstSharedEffect();
 
-    // The proxy's answer, or at once the failure that ended the server.
+    // The proxy's answer, or at once the failure that ended the server. A server that does not
+    // answer within the call timeout is ended, which is the only way out of a call that COM
+    // would wait on for ever.
     template <class... P, class... A>
     HRESULT Forward(HRESULT (STDMETHODCALLTYPE ITqVstEffect::*method)(P...), A... args)
     {
         if (FAILED(m_broken)) return m_broken;
-        return (m_proxy.Get()->*method)(args...);
+        CallWatch watch(m_server.Get(), CallTimeout());
+        const HRESULT hr = (m_proxy.Get()->*method)(args...);
+        return Watched(watch, hr);
     }
+    HRESULT Watched(const CallWatch& watch, HRESULT hr);
+    static DWORD CallTimeout();
     // A new block of at least areaBytes for each direction, handed to the server.
     HRESULT Configure(UINT64 areaBytes);
     void SupplyTransport(block::Header& header);

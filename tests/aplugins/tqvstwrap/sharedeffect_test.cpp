@@ -313,6 +313,24 @@ TEST_F(SharedBlocks, AServerStuckInABlockIsEndedAfterTheTimeoutAndTheEffectFails
     SetVstProcessTimeout(0);
 }
 
+TEST_F(SharedBlocks, AServerStuckInAnyOtherCallIsEndedToo)
+{
+    // Other calls wait five times the block's bound.
+    SetVstProcessTimeout(200);
+    {
+        Factory shared(kTqVstServer);
+        tq::ComPtr<ITqVstEffect> effect = shared.Create(PluginPath(L"hang_in_setparameter.dll"));
+        ASSERT_TRUE(effect);
+        const double start = Now();
+        EXPECT_EQ(effect->SetParameter(0, 0.5f), TQVST_E_TIMEOUT);
+        std::printf("stuck call answered after %.1f ms (bound 1000 ms)\n", Now() - start);
+        EXPECT_TRUE(shared.Server().EndsWithin(5000)) << "the stuck server was left running";
+        float value = 0;
+        EXPECT_EQ(effect->GetParameter(0, &value), TQVST_E_TIMEOUT);
+    }
+    SetVstProcessTimeout(0);
+}
+
 struct Kill
 {
     DWORD pid;
