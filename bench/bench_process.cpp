@@ -1,6 +1,8 @@
 // bench_process: round trip of one Process call for stereo float blocks through tqgain, in
 // process and through a server process, there both through shared memory and as plain calls.
 #include "benchsupport.h"
+#include "blockshare.h"
+#include "uniquehandle.h"
 
 #include <objbase.h>
 
@@ -70,6 +72,59 @@ Figures Measure(int location, const std::wstring& plugin, const wchar_t* label)
     return figures;
 }
 
+// The turn handshake alone, between two threads of this process with the same spins and events
+// as host and server: what it costs is the floor under the shared path, and its p99 is the
+// machine's scheduling, not the plug-in's nor the copies'.
+struct Handshake
+{
+    tqvst::block::Header header = {};
+    tq::UniqueHandle request{CreateEventW(nullptr, FALSE, FALSE, nullptr)};
+    tq::UniqueHandle done{CreateEventW(nullptr, FALSE, FALSE, nullptr)};
+    tq::UniqueHandle stop{CreateEventW(nullptr, TRUE, FALSE, nullptr)};
+};
+
+DWORD WINAPI AnswerTurns(void* context)
+{
+    auto& shake = *static_cast<Handshake*>(context);
+    const LONGLONG spin = tqvst::block::TicksFromMicroseconds(300);
+    const HANDLE stop = shake.stop.Get();
+    for (LONG served = 1;; ++served)
+    {
+        if (tqvst::block::WaitTurn(shake.header.requestSeq, served, shake.header.serverAsleep,
+                                   shake.request.Get(), &stop, 1, spin,
+                                   INFINITE) != tqvst::block::TurnWait::Reached)
+            return 0;
+        tqvst::block::PassTurn(shake.header.doneSeq, served, shake.header.hostAsleep,
+                               shake.done.Get());
+    }
+}
+
+void MeasureHandshake()
+{
+    Handshake shake;
+    tq::UniqueHandle thread(CreateThread(nullptr, 0, AnswerTurns, &shake, 0, nullptr));
+    const LONGLONG spin = tqvst::block::TicksFromMicroseconds(200);
+    LONG turn = 0;
+    double median = 0, p99 = 0;
+    tqbench::TimeCalls(
+        kWarmUp, kCalls,
+        [&] {
+            ++turn;
+            tqvst::block::PassTurn(shake.header.requestSeq, turn, shake.header.serverAsleep,
+                                   shake.request.Get());
+            return tqvst::block::WaitTurn(shake.header.doneSeq, turn, shake.header.hostAsleep,
+                                          shake.done.Get(), nullptr, 0, spin,
+                                          INFINITE) == tqvst::block::TurnWait::Reached
+                       ? S_OK
+                       : E_FAIL;
+        },
+        &median, &p99);
+    SetEvent(shake.stop.Get());
+    WaitForSingleObject(thread.Get(), INFINITE);
+    wprintf(L"%-22ls turn there and back over %d turns: median %9.2f us, p99 %9.2f us\n",
+            L"handshake alone", kCalls, median, p99);
+}
+
 } // namespace
 
 int wmain()
@@ -80,6 +135,7 @@ int wmain()
     const Figures inProcess = Measure(kTqVstInProcess, plugin, L"in process");
     const Figures shared = Measure(kTqVstServer, plugin, L"server, shared block");
     const Figures calls = Measure(kTqVstServer | kTqVstPlainProxy, plugin, L"server, plain calls");
+    MeasureHandshake();
 
     for (int s = 0; s < kSizes; ++s)
     {

@@ -27,7 +27,8 @@ extern "C" {
 // callbacks an effect makes during a block (automation, edits, display updates) on that thread
 // after the block, in order. A server that does not hand a block back within the process timeout
 // (SetVstProcessTimeout) is ended: Process gives TQVST_E_TIMEOUT, as does every later call on
-// that effect. A server that ends during a block gives 0x800706BE. With kTqVstPlainProxy added
+// that effect. Any other call on such an effect that takes five times as long ends the server
+// the same way. A server that ends during a block gives 0x800706BE. With kTqVstPlainProxy added
 // to the location a host gets the plain proxies instead.
 HRESULT GetVstFactory(int location, REFIID riid, void** object, const wchar_t* vendor,
                       const wchar_t* product, DWORD* serverProcessId, DWORD* useCount);
