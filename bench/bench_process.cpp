@@ -26,11 +26,20 @@ struct Figures
     bool measured = false;
     double medianUs[kSizes] = {};
     double p99Us[kSizes] = {};
+    // Blocks longer than the host's spin on the shared path: those where it had to sleep.
+    int slow[kSizes] = {};
 };
 
-// Times kCalls blocks of the given size; false when a call fails.
-bool MeasureSize(ITqVstEffect* effect, UINT32 frames, double* median, double* p99)
+constexpr double kHostSpinUs = 200;
+
+// Times kCalls blocks of the given size and counts those over the host's spin; false when a call
+// fails.
+bool MeasureSize(ITqVstEffect* effect, UINT32 frames, double* median, double* p99, int* slow)
 {
+    LARGE_INTEGER frequency;
+    QueryPerformanceFrequency(&frequency);
+    const LONGLONG slowTicks = static_cast<LONGLONG>(kHostSpinUs * 1e-6 * frequency.QuadPart);
+    int made = 0;
     std::vector<float> input(size_t(frames) * kChannels), output(input.size());
     for (size_t i = 0; i < input.size(); ++i)
         input[i] = static_cast<float>(std::sin(double(i) * 0.01) * 0.5);
@@ -38,7 +47,15 @@ bool MeasureSize(ITqVstEffect* effect, UINT32 frames, double* median, double* p9
     auto* out = reinterpret_cast<BYTE*>(output.data());
     return tqbench::TimeCalls(
         kWarmUp, kCalls,
-        [&] { return effect->Process(in, kChannels, out, kChannels, frames, sizeof(float)); },
+        [&] {
+            LARGE_INTEGER start, end;
+            QueryPerformanceCounter(&start);
+            const HRESULT hr =
+                effect->Process(in, kChannels, out, kChannels, frames, sizeof(float));
+            QueryPerformanceCounter(&end);
+            if (++made > kWarmUp && end.QuadPart - start.QuadPart > slowTicks) ++*slow;
+            return hr;
+        },
         median, p99);
 }
 
@@ -59,12 +76,13 @@ Figures Measure(int location, const std::wstring& plugin, const wchar_t* label)
     figures.measured = true;
     for (int s = 0; s < kSizes && figures.measured; ++s)
     {
-        figures.measured =
-            MeasureSize(effect, kFrameCounts[s], &figures.medianUs[s], &figures.p99Us[s]);
+        figures.measured = MeasureSize(effect, kFrameCounts[s], &figures.medianUs[s],
+                                       &figures.p99Us[s], &figures.slow[s]);
         if (figures.measured)
             wprintf(L"%-22ls Process %4u stereo float frames over %d calls: median %9.2f us, "
-                    L"p99 %9.2f us\n",
-                    label, kFrameCounts[s], kCalls, figures.medianUs[s], figures.p99Us[s]);
+                    L"p99 %9.2f us, %d over %.0f us\n",
+                    label, kFrameCounts[s], kCalls, figures.medianUs[s], figures.p99Us[s],
+                    figures.slow[s], kHostSpinUs);
         else
             wprintf(L"%-22ls Process %4u frames failed\n", label, kFrameCounts[s]);
     }
