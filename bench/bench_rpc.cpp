@@ -1,8 +1,12 @@
-// bench_rpc: round trip of one effect call in process and through a server process.
+// bench_rpc: round trip of one effect call in process and through a server process, and how long
+// a server takes to start.
 #include "benchsupport.h"
 
 #include <objbase.h>
 
+#include "uniquehandle.h"
+
+#include <algorithm>
 #include <cstdio>
 #include <string>
 #include <vector>
@@ -38,6 +42,44 @@ Figures Measure(int location, const std::wstring& plugin, const wchar_t* label)
     return figures;
 }
 
+constexpr int kStarts = 20;
+
+// GetVstFactory for a location whose server is not running, up to a factory that answered, over
+// kStarts starts after one that warms the prefix; each server is let go and waited for before the
+// next. Median and slowest in milliseconds.
+bool MeasureStarts(int location, const wchar_t* label, double* median, double* slowest)
+{
+    std::vector<double> samples;
+    LARGE_INTEGER frequency, start, end;
+    QueryPerformanceFrequency(&frequency);
+    for (int i = 0; i <= kStarts; ++i)
+    {
+        tq::ComPtr<ITqVstEffectFactory> factory;
+        DWORD pid = 0;
+        QueryPerformanceCounter(&start);
+        const HRESULT hr = GetVstFactory(location, IID_ITqVstEffectFactory, factory.PutVoid(),
+                                         L"tqvst", L"bench_rpc", &pid, nullptr);
+        QueryPerformanceCounter(&end);
+        if (FAILED(hr))
+        {
+            wprintf(L"%-22ls server start failed: 0x%08X\n", label, static_cast<unsigned>(hr));
+            return false;
+        }
+        if (i > 0)
+            samples.push_back(static_cast<double>(end.QuadPart - start.QuadPart) * 1e3 /
+                              static_cast<double>(frequency.QuadPart));
+        tq::UniqueHandle process(OpenProcess(SYNCHRONIZE, FALSE, pid));
+        ReleaseVstFactory(location, factory.Detach());
+        if (process) WaitForSingleObject(process.Get(), 10000);
+    }
+    *slowest = *std::max_element(samples.begin(), samples.end());
+    *median = tqbench::Percentile(samples, 0.5);
+    wprintf(L"%-22ls server start to a usable factory over %d starts: median %.1f ms, slowest "
+            L"%.1f ms\n",
+            label, kStarts, *median, *slowest);
+    return true;
+}
+
 } // namespace
 
 int wmain()
@@ -62,6 +104,12 @@ int wmain()
     if (inProcess.measured && server.measured && inProcess.medianUs > 0)
         wprintf(L", out of process / in process %.0fx", server.medianUs / inProcess.medianUs);
     wprintf(L"\n");
+
+    double startMedian = 0, startSlowest = 0;
+    const bool started = MeasureStarts(kTqVstServer, L"server", &startMedian, &startSlowest);
+    if (started)
+        wprintf(L"bench_rpc: server start median %.1f ms, slowest %.1f ms\n", startMedian,
+                startSlowest);
     CoUninitialize();
     return inProcess.measured && server.measured ? 0 : 1;
 }

@@ -25,3 +25,12 @@ static_assert(offsetof(TqVstMasterTime, cycleEndPos) == 48);
 static_assert(offsetof(TqVstMasterTime, smpteFrameRate) == 56);
 static_assert(offsetof(TqVstMasterTime, smpteOffset) == 60);
 static_assert(offsetof(TqVstMasterTime, flags) == 64);
+
+// The block token is the kernel's memory token as it crosses the interface.
+static_assert(sizeof(TqVstBlockToken) == 40);
+static_assert(offsetof(TqVstBlockToken, address) == 8);
+static_assert(offsetof(TqVstBlockToken, size) == 16);
+static_assert(offsetof(TqVstBlockToken, capacity) == 20);
+static_assert(offsetof(TqVstBlockToken, offset) == 24);
+static_assert(offsetof(TqVstBlockToken, kind) == 32);
+static_assert(offsetof(TqVstBlockToken, ownerProcessId) == 36);

@@ -11,6 +11,7 @@
 
 #include "hresulttext.h"
 #include "tqkernel.h"
+#include "vstclient.h"
 
 #include <objbase.h>
 
@@ -74,6 +75,7 @@ int wmain(int argc, wchar_t** argv)
         if (FAILED(hr)) return tqhost::ReportFailure(L"could not open the log " + options.logFile, hr);
     }
     tqhost::LogLine(TQLOG_INFO, std::wstring(L"tqvsthost ") + GetCommandLineW());
+    if (options.processTimeoutMs) SetVstProcessTimeout(*options.processTimeoutMs);
     if (FAILED(CoInitialize(nullptr)))
     {
         fwprintf(stderr, L"tqvsthost: COM could not be initialised\n");

@@ -122,12 +122,14 @@ bool ParseOptions(int argc, wchar_t** argv, Options& options, std::wstring& erro
                 return false;
             }
         }
-        else if (arg == L"--timeout" || arg == L"--block" || arg == L"--program")
+        else if (arg == L"--timeout" || arg == L"--block" || arg == L"--program" ||
+                 arg == L"--process-timeout")
         {
             const wchar_t* text = value();
             if (!text) return false;
             const auto number = ParseNumber(text);
-            if (!number || (arg == L"--block" && (*number == 0 || *number > kMaxBlockFrames)))
+            if (!number || (arg == L"--block" && (*number == 0 || *number > kMaxBlockFrames)) ||
+                (arg == L"--process-timeout" && *number == 0))
             {
                 error = arg + L": not a usable number: " + text;
                 return false;
@@ -136,6 +138,8 @@ bool ParseOptions(int argc, wchar_t** argv, Options& options, std::wstring& erro
                 options.timeoutMs = *number;
             else if (arg == L"--block")
                 options.blockFrames = *number;
+            else if (arg == L"--process-timeout")
+                options.processTimeoutMs = *number;
             else
                 options.program = *number;
         }
@@ -272,7 +276,7 @@ void PrintUsage()
             L"  tqvsthost process PLUGIN IN.wav OUT.wav [--type T] [--block N]\n"
             L"                    [--param INDEX=VALUE]... [--preset FILE.fxp|FILE.vstpreset]\n"
             L"                    [--bank FILE.fxb [--program N]] [--inproc | --x86] [--id ID]\n"
-            L"                    [--time-format F [--tempo BPM]]\n"
+            L"                    [--time-format F [--tempo BPM]] [--process-timeout MS]\n"
             L"      Sends IN.wav through the plug-in in blocks of N frames (default 4096, at\n"
             L"      most 1048576) and writes OUT.wav in IN's format, then prints the peaks in\n"
             L"      and out in dBFS and the process the plug-in ran in. The plug-in gets the\n"
@@ -306,6 +310,9 @@ void PrintUsage()
             L"  --id ID       sub-plug-in of a shell: four characters (TqSA) or a number; for\n"
             L"                VST3 the ShellId as info prints it (0x...)\n"
             L"  --timeout MS  give up on a plug-in that takes longer than MS milliseconds to load\n"
+            L"  --process-timeout MS\n"
+            L"                give up on a server that takes longer than MS milliseconds (default\n"
+            L"                2000) over one block of audio, and end it\n"
             L"  --log FILE    record what the host does (commands, plug-ins, result codes, times)\n"
             L"                in FILE, to send with a bug report; any command takes it\n"
             L"\n"

@@ -19,6 +19,8 @@ struct Options
     int location = 1; // out of process, same bitness
     std::optional<UINT32> id;
     std::optional<UINT32> timeoutMs;
+    // How long a server may take over one block before it is given up (client default 2000 ms).
+    std::optional<UINT32> processTimeoutMs;
     bool json = false;
     std::optional<UINT32> sampleType;
     UINT32 blockFrames = 4096;

@@ -1,6 +1,7 @@
 // The class object and its registration under the per-process class id.
 #include "effectfactory.h"
 
+#include "blockchannel.h"
 #include "comptr.h"
 #include "effectload.h"
 #include "serverlifetime.h"
@@ -59,11 +60,20 @@ ULONG STDMETHODCALLTYPE CTqVstEffectFactory::Release()
     return count;
 }
 
-// The class object is its own instance: asking it for the factory interface gives itself.
+// The class object is its own instance: asking it for the factory interface gives itself. The
+// one thing it makes anew is a Process channel, which a host sets up beside each effect.
 HRESULT STDMETHODCALLTYPE CTqVstEffectFactory::CreateInstance(IUnknown* outer, REFIID riid,
                                                               void** object)
 {
     if (outer) return CLASS_E_NOAGGREGATION;
+    if (riid == IID_ITqVstBlockChannel)
+    {
+        if (!object) return E_POINTER;
+        auto* made = new (std::nothrow) tqvst::CTqVstBlockChannel;
+        if (!made) return E_OUTOFMEMORY;
+        auto channel = tq::ComPtr<ITqVstBlockChannel>::Attach(made);
+        return channel->QueryInterface(riid, object);
+    }
     return QueryInterface(riid, object);
 }
 

@@ -1,6 +1,8 @@
 // tqvstserver.exe: registers the class object, tells the starter it is ready, and serves host
 // calls on its message loop until nothing holds it any more.
 #include "effectfactory.h"
+#include "hostwatch.h"
+#include "interfaceanchor.h"
 #include "rootwindow.h"
 #include "serverargs.h"
 #include "serverlifetime.h"
@@ -15,6 +17,9 @@ namespace {
 // tested for its end only when a hold changes: one that nobody holds this long after it said it
 // was ready ends. Hosts connect at once, and give up within seconds.
 constexpr UINT kUnclaimedMs = 10000;
+// After its host has gone, the server gives its plug-ins this long to close before it ends
+// outright: well inside a second in all.
+constexpr DWORD kOrphanGraceMs = 600;
 
 void CALLBACK EndIfUnclaimed(HWND, UINT, UINT_PTR timer, DWORD)
 {
@@ -37,11 +42,14 @@ int WINAPI wWinMain(HINSTANCE instance, HINSTANCE, LPWSTR, int showCommand)
             // A failed registration still lets the server run; the starter sees it as a class
             // object it cannot get.
             RegisterVstClassObject(GetCurrentThreadId(), vendor, product);
+            tqvst::AnchorInterfaces();
 
-            tq::UniqueHandle ready(
-                OpenEventW(EVENT_MODIFY_STATE, FALSE, args.GetSwitchValue(L"Event")));
+            const wchar_t* eventName = args.GetSwitchValue(L"Event");
+            tq::UniqueHandle ready(OpenEventW(EVENT_MODIFY_STATE, FALSE, eventName));
             if (ready)
             {
+                tqvst::WatchHostProcess(tqvst::HostProcessIdFromEventName(eventName),
+                                        GetCurrentThreadId(), kOrphanGraceMs);
                 SetEvent(ready.Get());
                 ready.Reset();
                 SetTimer(nullptr, 0, kUnclaimedMs, EndIfUnclaimed);
@@ -59,6 +67,7 @@ int WINAPI wWinMain(HINSTANCE instance, HINSTANCE, LPWSTR, int showCommand)
                 DispatchMessageW(&message);
             }
             RevokeVstClassObject();
+            tqvst::ReleaseInterfaceAnchors();
             CoUninitialize();
         }
     }

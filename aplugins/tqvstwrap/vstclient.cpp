@@ -2,11 +2,13 @@
 // reached under a class id that only the starting host knows.
 #include "vstclient.h"
 
+#include "clientfactory.h"
 #include "comptr.h"
 #include "effectfactory.h"
 #include "errorreport.h"
 #include "pluginexceptionfilter.h"
 #include "procaddress.h"
+#include "sharedeffect.h"
 #include "tqvst2effect/hostcallback.h"
 #include "machinetype.h"
 #include "uniquehandle.h"
@@ -102,6 +104,20 @@ HRESULT GetInProcessFactory(REFIID riid, void** object, const wchar_t* vendor,
     auto factory = tq::ComPtr<ITqVstEffectFactory>::Attach(new (std::nothrow) CTqVstEffectFactory);
     if (!factory) return E_OUTOFMEMORY;
     return factory->QueryInterface(riid, object);
+}
+
+// The server's factory as hosts get it: its effects send their blocks through shared memory.
+// An object that is no factory goes out as it is.
+HRESULT WrapServerFactory(IUnknown* made, REFIID riid, void** object)
+{
+    tq::ComPtr<ITqVstEffectFactory> server;
+    if (FAILED(made->QueryInterface(IID_ITqVstEffectFactory, server.PutVoid())))
+        return made->QueryInterface(riid, object);
+    auto* wrapper = new (std::nothrow) tqvst::CTqVstClientFactory(server.Get());
+    if (!wrapper) return E_OUTOFMEMORY;
+    auto factory = tq::ComPtr<ITqVstEffectFactory>::Attach(wrapper);
+    const HRESULT hr = factory->QueryInterface(riid, object);
+    return FAILED(hr) ? made->QueryInterface(riid, object) : hr;
 }
 
 std::wstring ServerCommandLine(int location, const wchar_t* eventName, const wchar_t* vendor,
@@ -229,6 +245,8 @@ extern "C" HRESULT GetVstFactory(int location, REFIID riid, void** object, const
     if (useCount) *useCount = 0;
     if (!object) return E_POINTER;
     *object = nullptr;
+    const bool plainProxy = (location & kTqVstPlainProxy) != 0;
+    location &= ~kTqVstPlainProxy;
     if (location == kTqVstInProcess) return GetInProcessFactory(riid, object, vendor, product);
     if (location != kTqVstServer && location != kTqVstServer32) return E_INVALIDARG;
 
@@ -242,7 +260,11 @@ extern "C" HRESULT GetVstFactory(int location, REFIID riid, void** object, const
         hr = StartServer(location, vendor, product, classObject, hr);
         if (FAILED(hr)) return hr;
     }
-    hr = classObject->CreateInstance(nullptr, riid, object);
+    tq::ComPtr<IUnknown> made;
+    hr = classObject->CreateInstance(nullptr, riid, made.PutVoid());
+    if (SUCCEEDED(hr))
+        hr = plainProxy ? made->QueryInterface(riid, object)
+                        : WrapServerFactory(made.Get(), riid, object);
     if (SUCCEEDED(hr))
     {
         const LONG count = InterlockedIncrement(&state.useCount);
@@ -255,6 +277,7 @@ extern "C" HRESULT GetVstFactory(int location, REFIID riid, void** object, const
 extern "C" HRESULT ReleaseVstFactory(int location, IUnknown* factory)
 {
     if (!factory) return S_OK;
+    location &= ~kTqVstPlainProxy;
     HRESULT hr = S_OK;
     const bool completed = tqvst::Guarded(
         [&] {
@@ -340,6 +363,11 @@ extern "C" HRESULT RegisterVstProxyStub(const wchar_t* path, DWORD* cookie)
     }
     if (FAILED(hr)) CoFreeLibrary(library);
     return finish(hr);
+}
+
+extern "C" void SetVstProcessTimeout(DWORD milliseconds)
+{
+    tqvst::SetSharedProcessTimeout(milliseconds);
 }
 
 extern "C" CLSID GetVstServerClassId(int location)

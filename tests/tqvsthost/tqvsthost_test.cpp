@@ -64,6 +64,9 @@ TEST(HostOptions, LocationsAndErrors)
     EXPECT_EQ(process.parameters[1], std::make_pair(3u, 1.0f));
     EXPECT_EQ(process.sampleType, 32u);
     EXPECT_EQ(process.blockFrames, 256u);
+    EXPECT_FALSE(process.processTimeoutMs);
+    ASSERT_TRUE(parse({L"process", L"--process-timeout", L"300"}, process, error));
+    EXPECT_EQ(process.processTimeoutMs, 300u);
     EXPECT_EQ(tqhost::ParseSampleType(L"17"), 17u);
     EXPECT_EQ(tqhost::ParseSampleType(L"PCM24"), 18u);
     EXPECT_FALSE(tqhost::ParseSampleType(L"20")) << "no such type";
@@ -72,6 +75,7 @@ TEST(HostOptions, LocationsAndErrors)
     EXPECT_FALSE(parse({L"process", L"--param", L"0.25"}, bad, error));
     EXPECT_FALSE(parse({L"process", L"--param", L"x=1"}, bad, error));
     EXPECT_FALSE(parse({L"process", L"--block", L"0"}, bad, error));
+    EXPECT_FALSE(parse({L"process", L"--process-timeout", L"0"}, bad, error));
     EXPECT_FALSE(parse({L"process", L"--block", L"4000000000"}, bad, error)) << "unallocatable";
     EXPECT_FALSE(parse({L"process", L"--type", L"pcm12"}, bad, error));
     EXPECT_FALSE(parse({L"process", L"--preset", L"a.fxp", L"--bank", L"b.fxb"}, bad, error));
@@ -492,6 +496,17 @@ TEST_F(HostProcess, AppliesTheParametersInEverySampleType)
             << run.output;
         ExpectGain(m_output, 0.5);
     }
+}
+
+TEST_F(HostProcess, AServerStuckInABlockIsGivenUpAfterTheProcessTimeout)
+{
+    const RunResult run =
+        RunHost(L"process " + Quoted(tqtest::PluginPath(L"hang_in_process.dll")) + L" " +
+                Quoted(m_input) + L" " + Quoted(m_output) + L" --block 1000 --process-timeout 300");
+    EXPECT_EQ(run.exitCode, 1u) << run.output;
+    EXPECT_NE(run.output.find("0x8004E00C"), std::string::npos) << run.output;
+    EXPECT_EQ(GetFileAttributesW(m_output.c_str()), INVALID_FILE_ATTRIBUTES)
+        << "a given-up run leaves no output";
 }
 
 // Builds the bytes of a WAV file: RIFF header, the chunks as given, each padded to even.
