@@ -1,0 +1,11 @@
+# Broadcast-wave metadata (bext and iXML) and project links of media files.
+target_sources(tqkernel PRIVATE
+    ${CMAKE_CURRENT_LIST_DIR}/bwftables.cpp
+    ${CMAKE_CURRENT_LIST_DIR}/bwfrecord.cpp
+    ${CMAKE_CURRENT_LIST_DIR}/bwfbext.cpp
+    ${CMAKE_CURRENT_LIST_DIR}/bwfixmlread.cpp
+    ${CMAKE_CURRENT_LIST_DIR}/bwfixmlwrite.cpp
+    ${CMAKE_CURRENT_LIST_DIR}/bwfload.cpp
+    ${CMAKE_CURRENT_LIST_DIR}/bwfupdate.cpp
+    ${CMAKE_CURRENT_LIST_DIR}/bwfriffframing.cpp
+    ${CMAKE_CURRENT_LIST_DIR}/bwfriff.cpp)

@@ -1,0 +1,78 @@
+// The chunk framing under the broadcast-wave reader and writer: one implementation per file
+// family, so that reading, updating and deleting are written once.
+#pragma once
+
+#include "bwf.h"
+#include "filecursor.h"
+
+namespace tq::bwf {
+
+// Chunks are named by their four-character id; a framing that names chunks otherwise maps it.
+// Positions and sizes are 64-bit; sizes count the data only.
+class Framing
+{
+public:
+    explicit Framing(HANDLE file) noexcept : m_cursor(file) {}
+    virtual ~Framing() = default;
+    Framing(const Framing&) = delete;
+    Framing& operator=(const Framing&) = delete;
+
+    tq::riff::FileCursor& Cursor() noexcept { return m_cursor; }
+
+    // Reads the file header; an unknown form is refused.
+    virtual HRESULT ReadHeader() noexcept = 0;
+    // Searches the top level of the form for the chunk; the cursor ends at its data.
+    virtual HRESULT Find(DWORD id, ULONGLONG& size) noexcept = 0;
+    virtual DWORD HeaderBytes() const noexcept = 0;
+    // The size a chunk of size data bytes takes, header and pad included.
+    virtual ULONGLONG Extent(ULONGLONG size) const noexcept = 0;
+    // The data size written into the header of a new chunk of size data bytes.
+    virtual ULONGLONG StoredSize(ULONGLONG size) const noexcept = 0;
+    // Writes a chunk header at the cursor.
+    virtual HRESULT WriteHeader(DWORD id, ULONGLONG size) noexcept = 0;
+    // Where a new chunk can go without touching any chunk: behind the form and behind every
+    // chunk it holds, even one that claims more than the form does.
+    virtual HRESULT AppendPosition(ULONGLONG& pos) noexcept = 0;
+    // Whether the format can describe a form that ends at end.
+    virtual bool CanEndAt(ULONGLONG end) const noexcept = 0;
+    // Makes the form end at end.
+    virtual HRESULT SetFormEnd(ULONGLONG end) noexcept = 0;
+    // Turns the chunk whose header starts at pos into filler of the same extent.
+    virtual HRESULT MakeJunk(ULONGLONG pos) noexcept = 0;
+    // Removes the chunk, moving what follows down; removed gets its extent.
+    virtual HRESULT Delete(DWORD id, ULONGLONG& removed) noexcept = 0;
+
+private:
+    tq::riff::FileCursor m_cursor;
+};
+
+// RIFF with 32-bit sizes.
+class RiffFraming final : public Framing
+{
+public:
+    explicit RiffFraming(HANDLE file) noexcept : Framing(file), m_file(file) {}
+
+    HRESULT ReadHeader() noexcept override;
+    HRESULT Find(DWORD id, ULONGLONG& size) noexcept override;
+    DWORD HeaderBytes() const noexcept override { return 8; }
+    ULONGLONG Extent(ULONGLONG size) const noexcept override { return 8 + size + (size & 1); }
+    ULONGLONG StoredSize(ULONGLONG size) const noexcept override { return size + (size & 1); }
+    HRESULT WriteHeader(DWORD id, ULONGLONG size) noexcept override;
+    HRESULT AppendPosition(ULONGLONG& pos) noexcept override;
+    bool CanEndAt(ULONGLONG end) const noexcept override;
+    HRESULT SetFormEnd(ULONGLONG end) noexcept override;
+    HRESULT MakeJunk(ULONGLONG pos) noexcept override;
+    HRESULT Delete(DWORD id, ULONGLONG& removed) noexcept override;
+
+private:
+    HANDLE m_file;
+};
+
+// The reader and the writer over any framing.
+HRESULT LoadInfo(Framing& framing, _tagTQBWF_Chunk* chunk, BOOL* found, bool quick) noexcept;
+HRESULT ReadFormat(Framing& framing, DWORD* sampleRate, WORD* bits, WORD* channels) noexcept;
+HRESULT UpdateStreamChunk(Framing& framing, DWORD kind, const void* data, DWORD size,
+                          ULONGLONG* written) noexcept;
+HRESULT DeleteChunk(Framing& framing, DWORD kind, ULONGLONG* bytes) noexcept;
+
+} // namespace tq::bwf
