@@ -73,5 +73,7 @@ std::vector<Bytes> AiffSeeds();
 HRESULT RunAiff(FuzzContext& context);
 std::vector<Bytes> SummarySeeds();
 HRESULT RunSummary(FuzzContext& context);
+std::vector<Bytes> BwfSeeds();
+HRESULT RunBwf(FuzzContext& context);
 
 } // namespace tqfuzz

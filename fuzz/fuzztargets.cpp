@@ -46,6 +46,26 @@ std::vector<std::string> SummaryTokens()
             std::string("\x01\0\0\0", 4)};
 }
 
+std::vector<std::string> BwfTokens()
+{
+    return {"bext",
+            "BEXT",
+            "iXML",
+            "JUNK",
+            "data",
+            "<BWFXML>",
+            "</BWFXML>",
+            "<TRACK>",
+            "</TRACK>",
+            "<SYNC_POINT>",
+            "<TRACK_LIST>",
+            "<SPEED>",
+            "&amp;",
+            std::string("\0\0\0\0", 4),
+            std::string("\xFF\xFF\xFF\x7F", 4),
+            std::string("\x5A\x02\0\0", 4)};
+}
+
 } // namespace
 
 const std::vector<FuzzTarget>& Targets()
@@ -54,6 +74,7 @@ const std::vector<FuzzTarget>& Targets()
         {"xml", XmlSeeds, XmlTokens(), 1u << 20, RunXml},
         {"aiff", AiffSeeds, AiffTokens(), 1u << 16, RunAiff},
         {"summary", SummarySeeds, SummaryTokens(), 1u << 14, RunSummary},
+        {"bwf", BwfSeeds, BwfTokens(), 1u << 16, RunBwf},
     };
     return targets;
 }

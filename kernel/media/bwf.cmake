@@ -7,5 +7,6 @@ target_sources(tqkernel PRIVATE
     ${CMAKE_CURRENT_LIST_DIR}/bwfixmlwrite.cpp
     ${CMAKE_CURRENT_LIST_DIR}/bwfload.cpp
     ${CMAKE_CURRENT_LIST_DIR}/bwfupdate.cpp
-    ${CMAKE_CURRENT_LIST_DIR}/bwfriffframing.cpp
+    ${CMAKE_CURRENT_LIST_DIR}/chunkframingriff.cpp
+    ${CMAKE_CURRENT_LIST_DIR}/chunkreplace.cpp
     ${CMAKE_CURRENT_LIST_DIR}/bwfriff.cpp)

@@ -1,5 +1,5 @@
 // Reading bext and iXML from a file into the broadcast-wave record, over any framing.
-#include "bwfframing.h"
+#include "chunkframing.h"
 #include "bwfinternal.h"
 #include "lockedblock.h"
 

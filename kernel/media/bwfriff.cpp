@@ -1,9 +1,10 @@
 // Broadcast-wave metadata on RIFF files.
-#include "bwfframing.h"
+#include "chunkframing.h"
 
 #include <initializer_list>
 
 using namespace tq::bwf;
+using tq::media::RiffFraming;
 
 namespace {
 

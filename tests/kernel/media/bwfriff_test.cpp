@@ -302,13 +302,17 @@ TEST(BwfRiffUpdate, AFailedUpdateLeavesTheFileAsItWas)
         EXPECT_EQ(now, original);
     }
     {
-        // A new chunk the RIFF size could not describe is refused before anything is written.
-        TempFile f(Riff(Fmt() + Header("data", 0xFFFFFF00) + kAudio));
-        const Bytes original = f.Read();
-        EXPECT_EQ(bwfriff_UpdateStreamChunk(BWF_CHUNK_BEXT, f.Handle(), bext.data(),
-                                            static_cast<DWORD>(bext.size()), nullptr),
-                  TQ_E_SIZELIMIT);
-        EXPECT_EQ(f.Read(), original);
+        // A file whose writer died claims more than it holds: it wants repair, and nothing is
+        // written, neither behind what it claims nor into what it claims.
+        for (const Bytes& image : {Riff(Fmt() + Header("data", 0xFFFFFF00) + kAudio),
+                                   Riff(Fmt() + Chunk("data", kAudio), "WAVE", 0xFFFFFFF0)})
+        {
+            TempFile f(image);
+            EXPECT_EQ(bwfriff_UpdateStreamChunk(BWF_CHUNK_BEXT, f.Handle(), bext.data(),
+                                                static_cast<DWORD>(bext.size()), nullptr),
+                      TQ_E_CORRUPTFILE);
+            EXPECT_EQ(f.Read(), image);
+        }
     }
     {
         // Audio that runs past the RIFF size (its writer died) is not written over.

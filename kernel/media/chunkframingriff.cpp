@@ -1,9 +1,9 @@
-// The broadcast-wave framing of plain RIFF files.
-#include "bwfframing.h"
+// The chunk framing of plain RIFF files.
+#include "chunkframing.h"
 
 #include <algorithm>
 
-namespace tq::bwf {
+namespace tq::media {
 
 namespace {
 
@@ -49,6 +49,10 @@ HRESULT RiffFraming::AppendPosition(ULONGLONG& pos) noexcept
             break;
         end += Extent(size);
     }
+    ULONGLONG length = 0;
+    if (const HRESULT hr = Cursor().Length(length); FAILED(hr)) return hr;
+    // The pad of a last odd chunk may be missing.
+    if (std::max(end, formEnd) > length + 1) return TQ_E_CORRUPTFILE;
     pos = std::max(end, formEnd);
     pos += pos & 1;
     return S_OK;
@@ -80,4 +84,4 @@ HRESULT RiffFraming::Delete(DWORD id, ULONGLONG& removed) noexcept
     return hr;
 }
 
-} // namespace tq::bwf
+} // namespace tq::media

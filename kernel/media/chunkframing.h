@@ -1,11 +1,11 @@
-// The chunk framing under the broadcast-wave reader and writer: one implementation per file
-// family, so that reading, updating and deleting are written once.
+// The chunk framing under the metadata readers and writers (broadcast wave, project links): one
+// implementation per file family, so that reading, replacing and deleting are written once.
 #pragma once
 
 #include "bwf.h"
 #include "filecursor.h"
 
-namespace tq::bwf {
+namespace tq::media {
 
 // Chunks are named by their four-character id; a framing that names chunks otherwise maps it.
 // Positions and sizes are 64-bit; sizes count the data only.
@@ -31,7 +31,9 @@ public:
     // Writes a chunk header at the cursor.
     virtual HRESULT WriteHeader(DWORD id, ULONGLONG size) noexcept = 0;
     // Where a new chunk can go without touching any chunk: behind the form and behind every
-    // chunk it holds, even one that claims more than the form does.
+    // chunk it holds, even one that claims more than the form does. A file whose form or chunks
+    // claim more than the file holds (its writer died) is refused as corrupt: it wants repair,
+    // and a chunk behind what it claims would leave a hole of that size.
     virtual HRESULT AppendPosition(ULONGLONG& pos) noexcept = 0;
     // Whether the format can describe a form that ends at end.
     virtual bool CanEndAt(ULONGLONG end) const noexcept = 0;
@@ -68,7 +70,21 @@ private:
     HANDLE m_file;
 };
 
-// The reader and the writer over any framing.
+// Replaces the first chunk of id (or else of alternate, when not 0) by data: in place when the
+// old one is as large, with zeroes behind, else the old one becomes filler and the new one
+// goes behind everything. written (optional) gets the bytes the file grew by.
+HRESULT ReplaceChunk(Framing& framing, DWORD id, DWORD alternate, const void* data, DWORD size,
+                     ULONGLONG* written) noexcept;
+// Turns the first chunk of id into filler; S_FALSE when there is none.
+HRESULT RetireChunk(Framing& framing, DWORD id) noexcept;
+
+} // namespace tq::media
+
+namespace tq::bwf {
+
+using tq::media::Framing;
+
+// The broadcast-wave reader and writer over any framing.
 HRESULT LoadInfo(Framing& framing, _tagTQBWF_Chunk* chunk, BOOL* found, bool quick) noexcept;
 HRESULT ReadFormat(Framing& framing, DWORD* sampleRate, WORD* bits, WORD* channels) noexcept;
 HRESULT UpdateStreamChunk(Framing& framing, DWORD kind, const void* data, DWORD size,
