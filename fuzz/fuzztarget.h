@@ -75,5 +75,7 @@ std::vector<Bytes> SummarySeeds();
 HRESULT RunSummary(FuzzContext& context);
 std::vector<Bytes> BwfSeeds();
 HRESULT RunBwf(FuzzContext& context);
+std::vector<Bytes> ProjectLinkSeeds();
+HRESULT RunProjectLink(FuzzContext& context);
 
 } // namespace tqfuzz

@@ -66,6 +66,26 @@ std::vector<std::string> BwfTokens()
             std::string("\x5A\x02\0\0", 4)};
 }
 
+std::vector<std::string> ProjectLinkTokens()
+{
+    return {"splv",
+            "splp",
+            "spcl",
+            "sprg",
+            "srtn",
+            "srtd",
+            "srat",
+            "spca",
+            "spcc",
+            "spem",
+            "JUNK",
+            "TQPL",
+            std::string("\0\0\0\x01", 4),
+            std::string("\0\0\0\x02", 4),
+            std::string("\x02\0\0\0", 4),
+            std::string("\x10\0\0\0", 4)};
+}
+
 } // namespace
 
 const std::vector<FuzzTarget>& Targets()
@@ -75,6 +95,7 @@ const std::vector<FuzzTarget>& Targets()
         {"aiff", AiffSeeds, AiffTokens(), 1u << 16, RunAiff},
         {"summary", SummarySeeds, SummaryTokens(), 1u << 14, RunSummary},
         {"bwf", BwfSeeds, BwfTokens(), 1u << 16, RunBwf},
+        {"projectlink", ProjectLinkSeeds, ProjectLinkTokens(), 1u << 14, RunProjectLink},
     };
     return targets;
 }

@@ -9,4 +9,6 @@ target_sources(tqkernel PRIVATE
     ${CMAKE_CURRENT_LIST_DIR}/bwfupdate.cpp
     ${CMAKE_CURRENT_LIST_DIR}/chunkframingriff.cpp
     ${CMAKE_CURRENT_LIST_DIR}/chunkreplace.cpp
-    ${CMAKE_CURRENT_LIST_DIR}/bwfriff.cpp)
+    ${CMAKE_CURRENT_LIST_DIR}/bwfriff.cpp
+    ${CMAKE_CURRENT_LIST_DIR}/projectlinkinfo.cpp
+    ${CMAKE_CURRENT_LIST_DIR}/projectlinkfile.cpp)

@@ -19,7 +19,8 @@ HRESULT UpdateStreamChunk(Framing& framing, DWORD kind, const void* data, DWORD 
     if (kind != BWF_CHUNK_BEXT && kind != BWF_CHUNK_IXML) return E_INVALIDARG;
     // bext may be spelt in capitals; an update keeps the spelling it finds.
     const DWORD alternate = kind == BWF_CHUNK_BEXT ? RIFF_ID_BEXT_UPPER : 0;
-    return tq::media::ReplaceChunk(framing, IdOf(kind), alternate, data, size, written);
+    return tq::media::ReplaceChunk(framing, IdOf(kind), alternate, data, size,
+                                   tq::media::ChunkSizing::KeepOld, written);
 }
 
 HRESULT DeleteChunk(Framing& framing, DWORD kind, ULONGLONG* bytes) noexcept

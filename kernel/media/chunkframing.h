@@ -26,8 +26,9 @@ public:
     virtual DWORD HeaderBytes() const noexcept = 0;
     // The size a chunk of size data bytes takes, header and pad included.
     virtual ULONGLONG Extent(ULONGLONG size) const noexcept = 0;
-    // The data size written into the header of a new chunk of size data bytes.
-    virtual ULONGLONG StoredSize(ULONGLONG size) const noexcept = 0;
+    // The data size written into the header of a new chunk of size data bytes when its size
+    // is to count its pad.
+    virtual ULONGLONG EvenSize(ULONGLONG size) const noexcept = 0;
     // Writes a chunk header at the cursor.
     virtual HRESULT WriteHeader(DWORD id, ULONGLONG size) noexcept = 0;
     // Where a new chunk can go without touching any chunk: behind the form and behind every
@@ -58,7 +59,7 @@ public:
     HRESULT Find(DWORD id, ULONGLONG& size) noexcept override;
     DWORD HeaderBytes() const noexcept override { return 8; }
     ULONGLONG Extent(ULONGLONG size) const noexcept override { return 8 + size + (size & 1); }
-    ULONGLONG StoredSize(ULONGLONG size) const noexcept override { return size + (size & 1); }
+    ULONGLONG EvenSize(ULONGLONG size) const noexcept override { return size + (size & 1); }
     HRESULT WriteHeader(DWORD id, ULONGLONG size) noexcept override;
     HRESULT AppendPosition(ULONGLONG& pos) noexcept override;
     bool CanEndAt(ULONGLONG end) const noexcept override;
@@ -70,11 +71,22 @@ private:
     HANDLE m_file;
 };
 
+// How a replacement treats sizes.
+enum class ChunkSizing
+{
+    // Text-like chunks: one replaced in place keeps its old size, with zeroes behind the data;
+    // an appended one's size counts its pad.
+    KeepOld,
+    // Blocks whose size is part of the data: one replaced in place gets its exact size and
+    // filler takes the rest of its room (when the rest can hold a filler's header).
+    Exact,
+};
+
 // Replaces the first chunk of id (or else of alternate, when not 0) by data: in place when the
-// old one is as large, with zeroes behind, else the old one becomes filler and the new one
-// goes behind everything. written (optional) gets the bytes the file grew by.
+// old one has room, else the old one becomes filler and the new one goes behind everything.
+// written (optional) gets the bytes the file grew by.
 HRESULT ReplaceChunk(Framing& framing, DWORD id, DWORD alternate, const void* data, DWORD size,
-                     ULONGLONG* written) noexcept;
+                     ChunkSizing sizing, ULONGLONG* written) noexcept;
 // Turns the first chunk of id into filler; S_FALSE when there is none.
 HRESULT RetireChunk(Framing& framing, DWORD id) noexcept;
 

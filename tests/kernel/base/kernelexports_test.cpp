@@ -110,6 +110,12 @@ const char* const kSample[] = {
     "TqSummary_Merge",
     "displist_Load",
     "displist_Save",
+    "bwfriff_LoadInfo",
+    "bwfriff_UpdateStreamChunk",
+    "BuildRawBwfIxmlChunkGlobal",
+    "ExtractIxmlContent",
+    "ProjectLinkRiff_LoadInfo",
+    "_ZN18CTqLinkProjectInfo14SetProjectPathEPKw",
     // XML document: the class under its C++ names, the entity helpers under plain ones
     "_ZN15CTqXML_DocumentC1Ev",
     "_ZN15CTqXML_Document8OpenFileEPKw",

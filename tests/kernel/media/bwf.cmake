@@ -31,3 +31,4 @@ if(TQ_FFMPEG AND TQ_FFPROBE)
         PASS_REGULAR_EXPRESSION
         "TAG:comment=Our description.*TAG:encoded_by=Our originator.*TAG:date=2026-11-24.*TAG:time_reference=8030895855.*TAG:coding_history=A=PCM,F=48000,W=16,M=mono")
 endif()
+tq_add_test(projectlink_test SOURCES ${CMAKE_CURRENT_LIST_DIR}/projectlink_test.cpp LIBS tqkernel)
