@@ -77,5 +77,11 @@ std::vector<Bytes> BwfSeeds();
 HRESULT RunBwf(FuzzContext& context);
 std::vector<Bytes> ProjectLinkSeeds();
 HRESULT RunProjectLink(FuzzContext& context);
+std::vector<Bytes> RiffSeeds();
+HRESULT RunRiff(FuzzContext& context);
+std::vector<Bytes> W64Seeds();
+HRESULT RunW64(FuzzContext& context);
+std::vector<Bytes> Rf64Seeds();
+HRESULT RunRf64(FuzzContext& context);
 
 } // namespace tqfuzz

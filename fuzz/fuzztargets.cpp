@@ -1,6 +1,8 @@
 // The table of parsers under the fuzz program.
 #include "fuzztarget.h"
 
+#include "riff64.h"
+
 namespace tqfuzz {
 
 namespace {
@@ -86,6 +88,48 @@ std::vector<std::string> ProjectLinkTokens()
             std::string("\x10\0\0\0", 4)};
 }
 
+std::vector<std::string> RiffTokens()
+{
+    return {"RIFF",
+            "WAVE",
+            "LIST",
+            "INFO",
+            "fmt ",
+            "data",
+            "JUNK",
+            "bext",
+            "CDDA",
+            "INAM",
+            std::string("\xFF\xFF\xFF\xFF", 4),
+            std::string("\x01\x00\x00\x00", 4)};
+}
+
+// The GUIDs of a Wave64 file as they stand in it.
+std::vector<std::string> W64Tokens()
+{
+    const auto bytes = [](const GUID& g) {
+        return std::string(reinterpret_cast<const char*>(&g), sizeof g);
+    };
+    return {bytes(RIFF64_GUID_RIFF),
+            bytes(RIFF64_GUID_LIST),
+            bytes(RIFF64_GUID_WAVE),
+            bytes(RIFF64_GUID_FMT),
+            bytes(RIFF64_GUID_DATA),
+            bytes(RIFF64_GUID_JUNK),
+            std::string("\x18\x00\x00\x00\x00\x00\x00\x00", 8),
+            std::string("\xF8\xFF\xFF\xFF\xFF\xFF\xFF\xFF", 8),
+            std::string("\x00\x00\x00\x00\x00\x00\x00\x40", 8)};
+}
+
+std::vector<std::string> Rf64Tokens()
+{
+    std::vector<std::string> tokens = RiffTokens();
+    for (const char* more : {"RF64", "ds64"})
+        tokens.push_back(more);
+    tokens.push_back(std::string("\x00\x00\x00\x00\x01\x00\x00\x00", 8)); // 4 GiB in ds64
+    return tokens;
+}
+
 } // namespace
 
 const std::vector<FuzzTarget>& Targets()
@@ -96,6 +140,9 @@ const std::vector<FuzzTarget>& Targets()
         {"summary", SummarySeeds, SummaryTokens(), 1u << 14, RunSummary},
         {"bwf", BwfSeeds, BwfTokens(), 1u << 16, RunBwf},
         {"projectlink", ProjectLinkSeeds, ProjectLinkTokens(), 1u << 14, RunProjectLink},
+        {"riff", RiffSeeds, RiffTokens(), 1u << 16, RunRiff},
+        {"w64", W64Seeds, W64Tokens(), 1u << 16, RunW64},
+        {"rf64", Rf64Seeds, Rf64Tokens(), 1u << 16, RunRf64},
     };
     return targets;
 }

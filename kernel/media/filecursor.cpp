@@ -3,6 +3,9 @@
 
 #include "riff.h"
 
+#include <memory>
+#include <new>
+
 namespace tq::riff {
 
 bool FileCursor::ReadSome(void* buffer, DWORD count, DWORD& got) noexcept
@@ -73,6 +76,27 @@ HRESULT FileCursor::BytesLeft(ULONGLONG& count) noexcept
 HRESULT FileCursor::Truncate() noexcept
 {
     return ::SetEndOfFile(m_file) ? S_OK : TQ_E_WRITEFAILED;
+}
+
+HRESULT MoveTailDown(FileCursor& c, ULONGLONG from, ULONGLONG to) noexcept
+{
+    constexpr DWORD kBlockBytes = 4096;
+    const std::unique_ptr<BYTE[]> block(new (std::nothrow) BYTE[kBlockBytes]);
+    if (!block) return E_OUTOFMEMORY;
+    for (;;)
+    {
+        DWORD got = 0;
+        if (FAILED(c.SeekTo(from)) || !c.ReadSome(block.get(), kBlockBytes, got))
+            return TQ_E_READFAILED;
+        if (got == 0) break;
+        if (FAILED(c.SeekTo(to))) return TQ_E_WRITEFAILED;
+        if (const HRESULT hr = c.Write(block.get(), got); FAILED(hr)) return hr;
+        from += got;
+        to += got;
+        if (got < kBlockBytes) break;
+    }
+    if (FAILED(c.SeekTo(to))) return TQ_E_WRITEFAILED;
+    return c.Truncate();
 }
 
 } // namespace tq::riff

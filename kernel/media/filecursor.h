@@ -12,6 +12,8 @@ class FileCursor
 public:
     explicit FileCursor(HANDLE file) noexcept : m_file(file) {}
 
+    HANDLE Handle() const noexcept { return m_file; }
+
     // Reads up to count bytes; false only if the platform call failed.
     bool ReadSome(void* buffer, DWORD count, DWORD& got) noexcept;
     // Exactly count bytes, else 0x8004E008.
@@ -33,5 +35,29 @@ private:
 
     HANDLE m_file;
 };
+
+// Puts the cursor back where it was on every path out.
+class CursorKeeper
+{
+public:
+    explicit CursorKeeper(FileCursor& c) noexcept : m_c(c) { m_saved = SUCCEEDED(c.Tell(m_pos)); }
+    CursorKeeper(const CursorKeeper&) = delete;
+    CursorKeeper& operator=(const CursorKeeper&) = delete;
+    ~CursorKeeper()
+    {
+        if (m_saved) m_c.SeekTo(m_pos);
+    }
+    bool Saved() const noexcept { return m_saved; }
+
+private:
+    FileCursor& m_c;
+    ULONGLONG m_pos = 0;
+    bool m_saved = false;
+};
+
+// Moves the bytes from `from` to the end of the file down to `to` in blocks of 4,096, and ends the
+// file there. Every byte written over has been read before, so a failure half-way leaves each
+// byte of the file somewhere in it. 0x8004E008, 0x8004E009, E_OUTOFMEMORY.
+HRESULT MoveTailDown(FileCursor& c, ULONGLONG from, ULONGLONG to) noexcept;
 
 } // namespace tq::riff

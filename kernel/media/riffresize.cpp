@@ -4,6 +4,7 @@
 #include "filecursor.h"
 #include "riffwalk.h"
 
+using tq::riff::CursorKeeper;
 using tq::riff::FileCursor;
 
 namespace {
@@ -11,26 +12,6 @@ namespace {
 constexpr ULONGLONG kSizeFieldOffset = 4;
 // A RIFF size at or above this leaves no room for the 8 bytes of the file header.
 constexpr ULONGLONG kSizeLimit = 0xFFFFFFF8ull;
-constexpr DWORD kMoveBlockBytes = 4096;
-
-// Puts the cursor back where it was on every path out.
-class CursorKeeper
-{
-public:
-    explicit CursorKeeper(FileCursor& c) noexcept : m_c(c) { m_saved = SUCCEEDED(c.Tell(m_pos)); }
-    CursorKeeper(const CursorKeeper&) = delete;
-    CursorKeeper& operator=(const CursorKeeper&) = delete;
-    ~CursorKeeper()
-    {
-        if (m_saved) m_c.SeekTo(m_pos);
-    }
-    bool Saved() const noexcept { return m_saved; }
-
-private:
-    FileCursor& m_c;
-    ULONGLONG m_pos = 0;
-    bool m_saved = false;
-};
 
 // The delta is 64-bit so that a deletion of more than 2 GiB can be expressed.
 HRESULT UpdateSize(FileCursor& c, LONGLONG delta) noexcept
@@ -59,25 +40,6 @@ HRESULT UpdateSize(FileCursor& c, LONGLONG delta) noexcept
     const auto newSize = static_cast<DWORD>(sum);
     if (FAILED(c.SeekTo(kSizeFieldOffset))) return TQ_E_WRITEFAILED;
     return c.Write(&newSize, sizeof newSize);
-}
-
-// Moves the bytes from `from` to the end of the file down to `to`, and ends the file there.
-HRESULT MoveTailDown(FileCursor& c, ULONGLONG from, ULONGLONG to) noexcept
-{
-    BYTE block[kMoveBlockBytes];
-    for (;;)
-    {
-        DWORD got = 0;
-        if (FAILED(c.SeekTo(from)) || !c.ReadSome(block, sizeof block, got)) return TQ_E_READFAILED;
-        if (got == 0) break;
-        if (FAILED(c.SeekTo(to))) return TQ_E_WRITEFAILED;
-        if (const HRESULT hr = c.Write(block, got); FAILED(hr)) return hr;
-        from += got;
-        to += got;
-        if (got < sizeof block) break;
-    }
-    if (FAILED(c.SeekTo(to))) return TQ_E_WRITEFAILED;
-    return c.Truncate();
 }
 
 } // namespace

@@ -116,6 +116,13 @@ const char* const kSample[] = {
     "ExtractIxmlContent",
     "ProjectLinkRiff_LoadInfo",
     "_ZN18CTqLinkProjectInfo14SetProjectPathEPKw",
+    "riff64_FindChunkHeader",
+    "riff64_CompleteChunk",
+    "RF64_FindChunk",
+    "SeekToRF64End",
+    "TqGetFileWfx",
+    "TqInsertW64Header",
+    "TqFixTrashedWav",
     // XML document: the class under its C++ names, the entity helpers under plain ones
     "_ZN15CTqXML_DocumentC1Ev",
     "_ZN15CTqXML_Document8OpenFileEPKw",
