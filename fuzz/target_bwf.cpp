@@ -75,7 +75,19 @@ std::vector<Bytes> BwfSeeds()
     Append(upper, data);
     Append(upper, Chunk("JUNK", Bytes(8)));
     Append(upper, Chunk("iXML", Text(kIxml)));
-    return {Wave(both), Wave(upper), Text(kIxml)};
+    // RF64: ds64 with the true sizes, "data" marked as sized there.
+    Bytes rf64 = {'R', 'F', '6', '4', 0xFF, 0xFF, 0xFF, 0xFF, 'W', 'A', 'V', 'E'};
+    Bytes ds64 = Bytes(28);
+    Append(rf64, Chunk("ds64", ds64));
+    Append(rf64, Chunk("fmt ", {1, 0, 1, 0, 0x44, 0xAC, 0, 0, 0x88, 0x58, 1, 0, 2, 0, 16, 0}));
+    Append(rf64, Chunk("bext", Bext("A=PCM\r\n")));
+    Append(rf64, {'d', 'a', 't', 'a', 0xFF, 0xFF, 0xFF, 0xFF});
+    Append(rf64, Bytes(16, 3));
+    Append(rf64, Chunk("iXML", Text(kIxml)));
+    const ULONGLONG riffSize = rf64.size() - 8, dataSize = 16;
+    std::memcpy(&rf64[20], &riffSize, 8);
+    std::memcpy(&rf64[28], &dataSize, 8);
+    return {Wave(both), Wave(upper), Text(kIxml), rf64};
 }
 
 HRESULT RunBwf(FuzzContext& context)
@@ -106,6 +118,16 @@ HRESULT RunBwf(FuzzContext& context)
         bwfriff_LoadInfo(file, &chunk, &found);
         DWORD removed = 0;
         bwfriff_DeleteAllChunks(file, &removed);
+    }
+    FreeBwfChunkGlobal(&chunk);
+    // The same bytes through the wide framings, which refuse or read them on their own terms.
+    bwfriff64_LoadInfo(file, &chunk, &found);
+    FreeBwfChunkGlobal(&chunk);
+    if (SUCCEEDED(bwfriffRF64_LoadInfo(file, &chunk, &found)) && found)
+    {
+        BuildAndWriteRawIxmlChunk(file, &chunk, BWF_RF64);
+        ULONGLONG removed = 0;
+        bwfRF64_DeleteChunk(BWF_CHUNK_BEXT, file, &removed);
     }
     FreeBwfChunkGlobal(&chunk);
     return hr;

@@ -69,6 +69,9 @@ HRESULT RunProjectLink(FuzzContext& context)
     }
     DWORD removed = 0;
     ProjectLinkRiff_DeleteInfo(file, &removed);
+    ProjectLinkRiff64_LoadInfo(file, &info, &found);
+    if (SUCCEEDED(ProjectLinkRiffRF64_LoadInfo(file, &info, &found)) && found)
+        ProjectLinkRF64_WriteInfo(file, &info, nullptr);
     return hr;
 }
 

@@ -9,6 +9,9 @@ target_sources(tqkernel PRIVATE
     ${CMAKE_CURRENT_LIST_DIR}/bwfupdate.cpp
     ${CMAKE_CURRENT_LIST_DIR}/chunkframingriff.cpp
     ${CMAKE_CURRENT_LIST_DIR}/chunkreplace.cpp
+    ${CMAKE_CURRENT_LIST_DIR}/chunkframing64.cpp
+    ${CMAKE_CURRENT_LIST_DIR}/bwfwave64.cpp
+    ${CMAKE_CURRENT_LIST_DIR}/bwfrf64.cpp
     ${CMAKE_CURRENT_LIST_DIR}/bwfriff.cpp
     ${CMAKE_CURRENT_LIST_DIR}/projectlinkinfo.cpp
     ${CMAKE_CURRENT_LIST_DIR}/projectlinkfile.cpp)

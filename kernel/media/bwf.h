@@ -20,6 +20,8 @@ typedef enum BWF_CHUNK_ENUM
 typedef enum BWF_RIFF_TYPE
 {
     BWF_RIFF = 0,
+    BWF_WAVE64 = 1,
+    BWF_RF64 = 2,
 } BWF_RIFF_TYPE;
 
 // Metadata indices: 0 the whole bext chunk, 1-15 its fields, 16-79 the iXML elements, 80 the
@@ -241,7 +243,8 @@ TQKERNEL_API HRESULT ExtractIxmlContent(const void* data, DWORD size, _tagTQBWF_
 // the last or a kind other than the two give E_INVALIDARG.
 TQKERNEL_API HRESULT BuildRawBwfIxmlChunkGlobal(const _tagTQBWF_Chunk* chunk, void** buffer,
                                                 DWORD* size, DWORD type, INT32 first, INT32 last);
-// Builds the whole iXML document and puts it in the file by bwfriff_UpdateStreamChunk.
+// Builds the whole iXML document and puts it in the file by the update of its framing
+// (BWF_RIFF_TYPE).
 TQKERNEL_API HRESULT BuildAndWriteRawIxmlChunk(HANDLE file, const _tagTQBWF_Chunk* chunk,
                                                DWORD riffType);
 
@@ -266,3 +269,20 @@ TQKERNEL_API HRESULT bwfriff_UpdateStreamChunk(DWORD kind, HANDLE file, const vo
 TQKERNEL_API HRESULT bwfriff_DeleteChunk(DWORD kind, HANDLE file, DWORD* bytes);
 // Both chunks; bytes adds up.
 TQKERNEL_API HRESULT bwfriff_DeleteAllChunks(HANDLE file, DWORD* bytes);
+
+// --- Wave64 and RF64 files: the same on those framings. The RF64 forms also take plain RIFF
+// files (without ds64), so callers need not tell the two apart. ---
+
+TQKERNEL_API HRESULT bwfriff64_LoadInfo(HANDLE file, _tagTQBWF_Chunk* chunk, BOOL* found);
+TQKERNEL_API HRESULT bwfriffRF64_LoadInfo(HANDLE file, _tagTQBWF_Chunk* chunk, BOOL* found);
+TQKERNEL_API HRESULT ReadFilePropsFromFormatChunk64(HANDLE file, DWORD* sampleRate,
+                                                    WORD* bitsPerSample, WORD* channels);
+TQKERNEL_API HRESULT ReadFilePropsFromFormatChunkRF64(HANDLE file, DWORD* sampleRate,
+                                                      WORD* bitsPerSample, WORD* channels);
+TQKERNEL_API HRESULT bwfriff64_UpdateStreamChunk(DWORD kind, HANDLE file, const void* data,
+                                                 DWORD size, ULONGLONG* written);
+TQKERNEL_API HRESULT bwfRF64_UpdateStreamChunk(DWORD kind, HANDLE file, const void* data,
+                                               DWORD size, ULONGLONG* written);
+TQKERNEL_API HRESULT bwfriff64_DeleteChunk(DWORD kind, HANDLE file, ULONGLONG* bytes);
+TQKERNEL_API HRESULT bwfRF64_DeleteChunk(DWORD kind, HANDLE file, ULONGLONG* bytes);
+TQKERNEL_API HRESULT bwfriff64_DeleteAllChunks(HANDLE file, ULONGLONG* bytes);

@@ -230,14 +230,25 @@ TQKERNEL_API HRESULT BuildRawBwfIxmlChunkGlobal(const _tagTQBWF_Chunk* chunk, vo
 TQKERNEL_API HRESULT BuildAndWriteRawIxmlChunk(HANDLE file, const _tagTQBWF_Chunk* chunk,
                                                DWORD riffType)
 {
-    if (!chunk || riffType != BWF_RIFF) return E_INVALIDARG;
+    if (!chunk || riffType > BWF_RF64) return E_INVALIDARG;
     void* data = nullptr;
     DWORD size = 0;
     if (const HRESULT hr = BuildRawBwfIxmlChunkGlobal(chunk, &data, &size, BWF_CHUNK_IXML,
                                                       TQMETA_IXML_BWFXML, TQMETA_IXML_END);
         FAILED(hr))
         return hr;
-    const HRESULT hr = bwfriff_UpdateStreamChunk(BWF_CHUNK_IXML, file, data, size, nullptr);
+    HRESULT hr = S_OK;
+    switch (riffType)
+    {
+    case BWF_RIFF:
+        hr = bwfriff_UpdateStreamChunk(BWF_CHUNK_IXML, file, data, size, nullptr);
+        break;
+    case BWF_WAVE64:
+        hr = bwfriff64_UpdateStreamChunk(BWF_CHUNK_IXML, file, data, size, nullptr);
+        break;
+    default:
+        hr = bwfRF64_UpdateStreamChunk(BWF_CHUNK_IXML, file, data, size, nullptr);
+    }
     tq::media::FreeLocked(data);
     return hr;
 }

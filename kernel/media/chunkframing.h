@@ -90,6 +90,59 @@ HRESULT ReplaceChunk(Framing& framing, DWORD id, DWORD alternate, const void* da
 // Turns the first chunk of id into filler; S_FALSE when there is none.
 HRESULT RetireChunk(Framing& framing, DWORD id) noexcept;
 
+// Wave64: chunks named by GUIDs made from the id, 64-bit sizes that count their 24-byte header,
+// chunks aligned to 8 bytes.
+class Wave64Framing final : public Framing
+{
+public:
+    explicit Wave64Framing(HANDLE file) noexcept : Framing(file), m_file(file) {}
+
+    HRESULT ReadHeader() noexcept override;
+    HRESULT Find(DWORD id, ULONGLONG& size) noexcept override;
+    DWORD HeaderBytes() const noexcept override { return 24; }
+    ULONGLONG Extent(ULONGLONG size) const noexcept override { return 24 + Aligned(size); }
+    ULONGLONG EvenSize(ULONGLONG size) const noexcept override { return Aligned(size); }
+    HRESULT WriteHeader(DWORD id, ULONGLONG size) noexcept override;
+    HRESULT AppendPosition(ULONGLONG& pos) noexcept override;
+    bool CanEndAt(ULONGLONG end) const noexcept override { return end >= 40; }
+    HRESULT SetFormEnd(ULONGLONG end) noexcept override;
+    HRESULT MakeJunk(ULONGLONG pos) noexcept override;
+    HRESULT Delete(DWORD id, ULONGLONG& removed) noexcept override;
+
+private:
+    static ULONGLONG Aligned(ULONGLONG size) noexcept { return (size + 7) & ~7ull; }
+
+    HANDLE m_file;
+};
+
+// RF64: RIFF chunks, with the true sizes of the file and of "data" in "ds64". Only for files
+// that carry a ds64; plain RIFF files take RiffFraming (see OpenRf64Framing).
+class Rf64Framing final : public Framing
+{
+public:
+    explicit Rf64Framing(HANDLE file) noexcept : Framing(file), m_file(file) {}
+
+    HRESULT ReadHeader() noexcept override;
+    HRESULT Find(DWORD id, ULONGLONG& size) noexcept override;
+    DWORD HeaderBytes() const noexcept override { return 8; }
+    ULONGLONG Extent(ULONGLONG size) const noexcept override { return 8 + size + (size & 1); }
+    ULONGLONG EvenSize(ULONGLONG size) const noexcept override { return size + (size & 1); }
+    HRESULT WriteHeader(DWORD id, ULONGLONG size) noexcept override;
+    HRESULT AppendPosition(ULONGLONG& pos) noexcept override;
+    bool CanEndAt(ULONGLONG end) const noexcept override { return end >= 12; }
+    HRESULT SetFormEnd(ULONGLONG end) noexcept override;
+    HRESULT MakeJunk(ULONGLONG pos) noexcept override;
+    HRESULT Delete(DWORD id, ULONGLONG& removed) noexcept override;
+
+    // Whether the file carries a ds64 (the cursor is moved).
+    static bool HasDs64(HANDLE file) noexcept;
+
+private:
+    HRESULT ReadDs64(ULONGLONG& riffSize, ULONGLONG& dataSize) noexcept;
+
+    HANDLE m_file;
+};
+
 } // namespace tq::media
 
 namespace tq::bwf {

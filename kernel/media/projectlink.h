@@ -116,3 +116,12 @@ TQKERNEL_API HRESULT ProjectLinkRiff_DeleteInfo(HANDLE file, DWORD* bytes);
 // exist yet.
 TQKERNEL_API HRESULT ProjectLinkRiff_WriteSideCar(const WCHAR* path,
                                                   const CTqLinkProjectInfo* info);
+
+// The same on Wave64 files, and on RF64 files (which also take plain RIFF files).
+TQKERNEL_API HRESULT ProjectLinkRiff64_LoadInfo(HANDLE file, CTqLinkProjectInfo* info, BOOL* found);
+TQKERNEL_API HRESULT ProjectLinkRiffRF64_LoadInfo(HANDLE file, CTqLinkProjectInfo* info,
+                                                  BOOL* found);
+TQKERNEL_API HRESULT ProjectLinkRiff64_WriteInfo(HANDLE file, const CTqLinkProjectInfo* info,
+                                                 ULONGLONG* written);
+TQKERNEL_API HRESULT ProjectLinkRF64_WriteInfo(HANDLE file, const CTqLinkProjectInfo* info,
+                                               ULONGLONG* written);

@@ -7,7 +7,9 @@
 
 using tq::media::Framing;
 using tq::media::FreeLocked;
+using tq::media::Rf64Framing;
 using tq::media::RiffFraming;
+using tq::media::Wave64Framing;
 
 namespace {
 
@@ -194,12 +196,50 @@ DWORD Clamp32(ULONGLONG value)
     return value > MAXDWORD ? MAXDWORD : static_cast<DWORD>(value);
 }
 
+// The RF64 forms take plain RIFF files too: the framing is the one the file has.
+template <class F>
+HRESULT OnRf64Framing(HANDLE file, F f)
+{
+    if (Rf64Framing::HasDs64(file))
+    {
+        Rf64Framing framing(file);
+        return f(framing);
+    }
+    RiffFraming framing(file);
+    return f(framing);
+}
+
 } // namespace
 
 TQKERNEL_API HRESULT ProjectLinkRiff_LoadInfo(HANDLE file, CTqLinkProjectInfo* info, BOOL* found)
 {
     RiffFraming framing(file);
     return LoadLink(framing, info, found);
+}
+
+TQKERNEL_API HRESULT ProjectLinkRiff64_LoadInfo(HANDLE file, CTqLinkProjectInfo* info, BOOL* found)
+{
+    Wave64Framing framing(file);
+    return LoadLink(framing, info, found);
+}
+
+TQKERNEL_API HRESULT ProjectLinkRiffRF64_LoadInfo(HANDLE file, CTqLinkProjectInfo* info,
+                                                  BOOL* found)
+{
+    return OnRf64Framing(file, [&](Framing& f) { return LoadLink(f, info, found); });
+}
+
+TQKERNEL_API HRESULT ProjectLinkRiff64_WriteInfo(HANDLE file, const CTqLinkProjectInfo* info,
+                                                 ULONGLONG* written)
+{
+    Wave64Framing framing(file);
+    return WriteLink(framing, info, written);
+}
+
+TQKERNEL_API HRESULT ProjectLinkRF64_WriteInfo(HANDLE file, const CTqLinkProjectInfo* info,
+                                               ULONGLONG* written)
+{
+    return OnRf64Framing(file, [&](Framing& f) { return WriteLink(f, info, written); });
 }
 
 TQKERNEL_API HRESULT ProjectLinkRiff_WriteInfo(HANDLE file, const CTqLinkProjectInfo* info,

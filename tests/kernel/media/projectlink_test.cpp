@@ -1,7 +1,7 @@
 // Tests of project links: the record, its chunks in a wave file and in a side-car file.
 #include "projectlink.h"
 
-#include "kernel/media/riffimage.h"
+#include "kernel/media/wave64image.h"
 
 #include <gtest/gtest.h>
 
@@ -227,4 +227,42 @@ TEST(ProjectLinkInfo, TextsAreTerminatedAndCopiesCut)
     info.Init();
     EXPECT_EQ(info.GetValid(), 0u);
     EXPECT_EQ(info.GetProjectPath(), nullptr);
+}
+
+TEST(ProjectLinkRiff, WideFramingsKeepTheirAudioAndSizes)
+{
+    struct Framing
+    {
+        const char* name;
+        Bytes image;
+        HRESULT (*write)(HANDLE, const CTqLinkProjectInfo*, ULONGLONG*);
+        HRESULT (*load)(HANDLE, CTqLinkProjectInfo*, BOOL*);
+        ULONGLONG sizeAt; // where the 64-bit size of the file stands
+        ULONGLONG sizeBias;
+    };
+    const Framing framings[] = {
+        {"Wave64",
+         W64File(W64Chunk(RIFF64_GUID_FMT, Pattern(16)) + W64Chunk(RIFF64_GUID_DATA, kAudio)),
+         ProjectLinkRiff64_WriteInfo, ProjectLinkRiff64_LoadInfo, 16, 0},
+        {"RF64", Rf64File(Header("data", 0xFFFFFFFF) + kAudio, kAudio.size()),
+         ProjectLinkRF64_WriteInfo, ProjectLinkRiffRF64_LoadInfo, 20, 8},
+    };
+    for (const Framing& fr : framings)
+    {
+        SCOPED_TRACE(fr.name);
+        TempFile f(fr.image);
+        const ULONGLONG audioAt = fr.image.size() - kAudio.size();
+        CTqLinkProjectInfo info;
+        Fill(info);
+        ULONGLONG written = 0;
+        ASSERT_EQ(fr.write(f.Handle(), &info, &written), S_OK);
+        EXPECT_EQ(written, f.Length() - fr.image.size());
+        EXPECT_EQ(f.Read(audioAt, static_cast<DWORD>(kAudio.size())), kAudio);
+        EXPECT_EQ(f.Read(fr.sizeAt, 8), U64(f.Length() - fr.sizeBias));
+        CTqLinkProjectInfo loaded;
+        BOOL found = FALSE;
+        ASSERT_EQ(fr.load(f.Handle(), &loaded, &found), S_OK);
+        EXPECT_TRUE(found);
+        ExpectEqual(loaded, info);
+    }
 }
