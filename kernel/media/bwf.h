@@ -233,8 +233,8 @@ TQKERNEL_API HRESULT SetIxmlEntryValueGlobal(_tagTQBWF_Chunk* chunk, INT32 entry
 
 // --- Building chunks ---
 
-// Walks the iXML document in data (size bytes; UTF-8, or UTF-16 after FF FE) into the record.
-// E_FAIL for a document without content; the record keeps what it held outside the iXML part.
+// Walks the iXML document in data (size bytes; UTF-8, or UTF-16 after FF FE) into the record,
+// whose iXML part is freed first (bext stays). E_FAIL for a document without BWFXML.
 TQKERNEL_API HRESULT ExtractIxmlContent(const void* data, DWORD size, _tagTQBWF_Chunk* chunk);
 // The data of a chunk of the given kind made from the record: bext, or an iXML document of the
 // elements first to last (unknown elements only when last reaches TQMETA_IXML_END). buffer gets

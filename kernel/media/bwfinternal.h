@@ -11,6 +11,9 @@ char* CopyText(const char* text) noexcept;
 // Frees an owned text and clears the pointer.
 void FreeText(WCHAR*& text) noexcept;
 
+// Frees the iXML part of the record (values, entries, unknown elements); bext stays.
+void FreeIxmlPart(_tagTQBWF_Chunk* chunk) noexcept;
+
 // Frees a chain of unknown elements with everything below them.
 void FreeUnknown(LISTUNKNOWN* first) noexcept;
 

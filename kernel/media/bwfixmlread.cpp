@@ -229,6 +229,8 @@ HRESULT Reader::Walk(tagTQXML_ELEMENT* container, INT32 containerIndex, INT32 en
 TQKERNEL_API HRESULT ExtractIxmlContent(const void* data, DWORD size, _tagTQBWF_Chunk* chunk)
 {
     if (!data || !chunk) return E_INVALIDARG;
+    // A document replaces whatever iXML the record held; bext stays.
+    FreeIxmlPart(chunk);
     DWORD bytes = 0;
     void* wide = ToUtf16(static_cast<const BYTE*>(data), size, bytes);
     if (!wide) return size ? E_OUTOFMEMORY : E_FAIL;

@@ -112,10 +112,10 @@ HRESULT Replace(WCHAR*& slot, const WCHAR* text)
 
 } // namespace
 
-TQKERNEL_API void FreeBwfChunkGlobal(_tagTQBWF_Chunk* chunk)
+namespace tq::bwf {
+
+void FreeIxmlPart(_tagTQBWF_Chunk* chunk) noexcept
 {
-    if (!chunk) return;
-    FreeLocked(chunk->codingHistory);
     for (WCHAR*& value : chunk->values)
         FreeText(value);
     for (auto& track : chunk->tracks)
@@ -126,6 +126,19 @@ TQKERNEL_API void FreeBwfChunkGlobal(_tagTQBWF_Chunk* chunk)
             FreeText(value);
     FreeUnknown(chunk->unknownRoot.child);
     FreeText(chunk->unknownRoot.name);
+    chunk->unknownRoot = {};
+    chunk->trackCount = 0;
+    chunk->syncPointCount = 0;
+    chunk->ixmlRead = FALSE;
+}
+
+} // namespace tq::bwf
+
+TQKERNEL_API void FreeBwfChunkGlobal(_tagTQBWF_Chunk* chunk)
+{
+    if (!chunk) return;
+    FreeLocked(chunk->codingHistory);
+    FreeIxmlPart(chunk);
     std::memset(chunk, 0, sizeof *chunk);
 }
 
