@@ -48,6 +48,46 @@ std::vector<std::string> SummaryTokens()
             std::string("\x01\0\0\0", 4)};
 }
 
+std::vector<std::string> BwfTokens()
+{
+    return {"bext",
+            "BEXT",
+            "iXML",
+            "JUNK",
+            "data",
+            "<BWFXML>",
+            "</BWFXML>",
+            "<TRACK>",
+            "</TRACK>",
+            "<SYNC_POINT>",
+            "<TRACK_LIST>",
+            "<SPEED>",
+            "&amp;",
+            std::string("\0\0\0\0", 4),
+            std::string("\xFF\xFF\xFF\x7F", 4),
+            std::string("\x5A\x02\0\0", 4)};
+}
+
+std::vector<std::string> ProjectLinkTokens()
+{
+    return {"splv",
+            "splp",
+            "spcl",
+            "sprg",
+            "srtn",
+            "srtd",
+            "srat",
+            "spca",
+            "spcc",
+            "spem",
+            "JUNK",
+            "TQPL",
+            std::string("\0\0\0\x01", 4),
+            std::string("\0\0\0\x02", 4),
+            std::string("\x02\0\0\0", 4),
+            std::string("\x10\0\0\0", 4)};
+}
+
 std::vector<std::string> RiffTokens()
 {
     return {"RIFF",
@@ -98,6 +138,8 @@ const std::vector<FuzzTarget>& Targets()
         {"xml", XmlSeeds, XmlTokens(), 1u << 20, RunXml},
         {"aiff", AiffSeeds, AiffTokens(), 1u << 16, RunAiff},
         {"summary", SummarySeeds, SummaryTokens(), 1u << 14, RunSummary},
+        {"bwf", BwfSeeds, BwfTokens(), 1u << 16, RunBwf},
+        {"projectlink", ProjectLinkSeeds, ProjectLinkTokens(), 1u << 14, RunProjectLink},
         {"riff", RiffSeeds, RiffTokens(), 1u << 16, RunRiff},
         {"w64", W64Seeds, W64Tokens(), 1u << 16, RunW64},
         {"rf64", Rf64Seeds, Rf64Tokens(), 1u << 16, RunRf64},
