@@ -192,6 +192,8 @@ HRESULT WalkRiff(HANDLE file, UINT64 fileSize, MediaLayout& layout, Walker& walk
             chunk.offset = at;
             if (!walker.Keep(std::move(chunk), at + 8, size)) break;
         }
+        // A size past the end (a ds64 claim included) would only wrap the walk around.
+        if (size > fileSize - at) break;
         at += 8 + size + (size & 1);
     }
     return S_OK;
@@ -283,6 +285,7 @@ HRESULT WalkAiff(HANDLE file, UINT64 fileSize, MediaLayout& layout, Walker& walk
             chunk.offset = at;
             if (!walker.Keep(std::move(chunk), at + 8, size)) break;
         }
+        if (size > fileSize - at) break;
         at += 8 + size + (size & 1);
     }
     return S_OK;
