@@ -1284,6 +1284,13 @@ protected:
         std::string disp(4, '\0');
         disp[0] = 1; // text
         disp += "Dawn chorus";
+        // One cue point, and a project link: its version and the project's path.
+        std::string cue(28, '\0');
+        cue[0] = 1;
+        cue[4 + 4] = 100;
+        std::memcpy(cue.data() + 4 + 8, "data", 4);
+        const wchar_t path16[] = L"C:\\Projects\\dawn.tqp";
+        const std::string projectPath(reinterpret_cast<const char*>(path16), sizeof(path16));
         const std::string generated = ReadBytes(m_input);
         const std::string samples = DataOf(generated);
         const size_t fmt = generated.find("fmt ");
@@ -1294,6 +1301,9 @@ protected:
                                    {"iXML", ixml},
                                    {"LIST", info},
                                    {"DISP", disp},
+                                   {"cue ", cue},
+                                   {"splv", std::string("\0\0\0\1", 4)},
+                                   {"splp", projectPath},
                                    {"zzzz", "odd"},
                                    {"data", samples}}));
         return path;
@@ -1410,14 +1420,15 @@ TEST_F(HostMedia, TheExtensionChoosesTheContainer)
     EXPECT_TRUE(FilesLike(m_folder.Path(), L"float.aif*").empty());
 }
 
-// Every metadata chunk comes through to WAV and Wave64 as it was, bext with one more history
+// Every metadata chunk (broadcast wave, iXML, INFO, display list, cue points, project link, one
+// unknown) comes through to WAV and Wave64 as it was, in its order, bext with one more history
 // line; an AIFF output names those it has no place for.
 TEST_F(HostMedia, ProcessCarriesTheMetadata)
 {
     const std::wstring input = MetadataInput();
     const FloatSamples in = ReadFloat(input);
     ASSERT_EQ(in.hr, S_OK);
-    ASSERT_EQ(in.chunks.size(), 5u);
+    ASSERT_EQ(in.chunks.size(), 8u);
     for (const wchar_t* name : {L"tagged-out.wav", L"tagged-out.w64"})
     {
         const std::wstring output = m_folder.File(name);
