@@ -60,7 +60,12 @@ bool MeasureLayers(const std::wstring& path, tqhost::Container container, UINT64
     QueryPerformanceCounter(&start);
     {
         tqhost::MediaReader reader;
-        if (FAILED(reader.Open(path))) return false;
+        // What was written must read back whole, in the container the size called for.
+        const bool large = frames * 6 > 0xFFFFFFFFull - 1024;
+        if (FAILED(reader.Open(path)) || reader.Layout().Frames() != frames ||
+            (container == tqhost::Container::Wave && large &&
+             reader.Layout().container != tqhost::Container::Rf64))
+            return false;
         std::vector<BYTE> buffer(block.size());
         for (UINT32 read = 1; read;)
             if (FAILED(reader.Read(buffer.data(), kBlockFrames, &read))) return false;
