@@ -6,8 +6,8 @@
 #include "mediafile.h"
 #include "pluginsession.h"
 #include "riff.h"
-#include "wavefile.h"
 
+// The kernel's whole-file functions, by path: the host has a wavefile.h of its own.
 #include "../kernel/media/wavefile.h"
 
 #include <cstdio>
