@@ -81,4 +81,26 @@ JsonObject& JsonObject::Add(const char* key, const std::vector<UINT32>& numbers)
     return *this;
 }
 
+JsonObject& JsonObject::AddNumber(const char* key, UINT64 number)
+{
+    Key(key);
+    m_members += std::to_string(number);
+    return *this;
+}
+
+JsonObject& JsonObject::AddJson(const char* key, const std::string& json)
+{
+    Key(key);
+    m_members += json;
+    return *this;
+}
+
+std::string JsonArray(const std::vector<std::string>& values)
+{
+    std::string text = "[";
+    for (size_t i = 0; i < values.size(); ++i)
+        text += (i ? ", " : "") + values[i];
+    return text + "]";
+}
+
 } // namespace tqhost

@@ -19,11 +19,17 @@ public:
     JsonObject& Add(const char* key, const std::wstring& text);
     JsonObject& Add(const char* key, UINT32 number);
     JsonObject& Add(const char* key, const std::vector<UINT32>& numbers);
+    JsonObject& AddNumber(const char* key, UINT64 number);
+    // A value that is JSON text already: an object, an array.
+    JsonObject& AddJson(const char* key, const std::string& json);
     std::string Text() const { return "{" + m_members + "}"; }
 
 private:
     void Key(const char* key);
     std::string m_members;
 };
+
+// Values that are JSON text already, as an array.
+std::string JsonArray(const std::vector<std::string>& values);
 
 } // namespace tqhost

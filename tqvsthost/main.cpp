@@ -1,11 +1,14 @@
-// tqvsthost: a command-line host for VST2 plug-ins, driving them through the plug-in server.
+// tqvsthost: a command-line host for VST2 and VST3 plug-ins, driving them through the plug-in
+// server, and the audio files it processes.
 #include "editorcommand.h"
 #include "generatecommand.h"
 #include "hostlog.h"
 #include "infocommand.h"
 #include "options.h"
 #include "paramscommand.h"
+#include "probecommand.h"
 #include "processcommand.h"
+#include "repaircommand.h"
 #include "savepresetcommand.h"
 #include "scancommand.h"
 
@@ -34,11 +37,19 @@ constexpr Command kCommands[] = {
     {L"save-preset", tqhost::RunSavePreset},
     {L"generate", tqhost::RunGenerate},
     {L"editor", tqhost::RunEditor},
+    {L"probe", tqhost::RunProbe},
+    {L"repair", tqhost::RunRepair},
 };
 
 // The SSE control word, read and written where the compiler may not assume SSE (32-bit builds).
-__attribute__((target("sse"))) unsigned int SseControl() { return _mm_getcsr(); }
-__attribute__((target("sse"))) void SetSseControl(unsigned int word) { _mm_setcsr(word); }
+__attribute__((target("sse"))) unsigned int SseControl()
+{
+    return _mm_getcsr();
+}
+__attribute__((target("sse"))) void SetSseControl(unsigned int word)
+{
+    _mm_setcsr(word);
+}
 
 } // namespace
 
@@ -72,7 +83,8 @@ int wmain(int argc, wchar_t** argv)
     if (!options.logFile.empty())
     {
         const HRESULT hr = tqhost::StartLog(options.logFile);
-        if (FAILED(hr)) return tqhost::ReportFailure(L"could not open the log " + options.logFile, hr);
+        if (FAILED(hr))
+            return tqhost::ReportFailure(L"could not open the log " + options.logFile, hr);
     }
     tqhost::LogLine(TQLOG_INFO, std::wstring(L"tqvsthost ") + GetCommandLineW());
     if (options.processTimeoutMs) SetVstProcessTimeout(*options.processTimeoutMs);
@@ -85,8 +97,8 @@ int wmain(int argc, wchar_t** argv)
     const int exitCode = command->run(options);
     CoUninitialize();
     tqhost::LogLine(exitCode ? TQLOG_ERROR : TQLOG_INFO,
-            options.command + L" ended with exit code " + std::to_wstring(exitCode) + L" after " +
-                std::to_wstring(GetTickCount64() - started) + L" ms");
+                    options.command + L" ended with exit code " + std::to_wstring(exitCode) +
+                        L" after " + std::to_wstring(GetTickCount64() - started) + L" ms");
     tqhost::StopLog();
     TqKernel_LateTerminate(GetModuleHandleW(nullptr));
     return exitCode;

@@ -1,6 +1,8 @@
 // Parsing and help text of tqvsthost's command line.
 #include "options.h"
 
+#include "tqsamplecopy.h"
+
 #include <algorithm>
 #include <cstdio>
 #include <cwchar>
@@ -58,6 +60,31 @@ const wchar_t* SampleTypeName(UINT32 type)
     for (const SampleTypeRow& row : kSampleTypes)
         if (row.code == type) return row.name;
     return L"unknown";
+}
+
+std::optional<WAVEFORMATEX> ParseWaveFormat(const std::wstring& text)
+{
+    const size_t first = text.find(L',');
+    const size_t second = first == std::wstring::npos ? first : text.find(L',', first + 1);
+    if (second == std::wstring::npos) return std::nullopt;
+    const auto rate = ParseNumber(text.substr(0, first));
+    const auto channels = ParseNumber(text.substr(first + 1, second - first - 1));
+    const auto type = ParseSampleType(text.substr(second + 1));
+    if (!rate || !channels || !type || *rate == 0 || *channels == 0 || *channels > 64)
+        return std::nullopt;
+    const bool isFloat = *type == TQSAMPLE_FLOAT32 || *type == TQSAMPLE_FLOAT64;
+    if (!isFloat && *type != TQSAMPLE_PCM8 && *type != TQSAMPLE_PCM16 && *type != TQSAMPLE_PCM24 &&
+        *type != TQSAMPLE_PCM32)
+        return std::nullopt;
+    WAVEFORMATEX wfx = {};
+    wfx.wFormatTag = isFloat ? WAVE_FORMAT_IEEE_FLOAT : WAVE_FORMAT_PCM;
+    wfx.nChannels = static_cast<WORD>(*channels);
+    wfx.nSamplesPerSec = *rate;
+    wfx.wBitsPerSample =
+        static_cast<WORD>(TqAudio_BytesFromSampleType(static_cast<TQSAMPLETYPE>(*type)) * 8);
+    wfx.nBlockAlign = static_cast<WORD>(wfx.nChannels * wfx.wBitsPerSample / 8);
+    wfx.nAvgBytesPerSec = wfx.nSamplesPerSec * wfx.nBlockAlign;
+    return wfx;
 }
 
 std::optional<UINT32> ParsePluginId(const std::wstring& text)
@@ -221,6 +248,17 @@ bool ParseOptions(int argc, wchar_t** argv, Options& options, std::wstring& erro
             if (!text) return false;
             options.logFile = text;
         }
+        else if (arg == L"--format")
+        {
+            const wchar_t* text = value();
+            if (!text) return false;
+            options.repairFormat = ParseWaveFormat(text);
+            if (!options.repairFormat)
+            {
+                error = std::wstring(L"--format: expected RATE,CHANNELS,TYPE, not ") + text;
+                return false;
+            }
+        }
         else if (arg == L"--json")
             options.json = true;
         else if (arg.size() > 1 && arg[0] == L'-')
@@ -273,20 +311,40 @@ void PrintUsage()
             L"      --json prints a JSON array (UTF-8) on standard output, an object per file,\n"
             L"      and the progress on standard error; a VST3 module of several audio classes\n"
             L"      gets their ShellIds as \"shellIds\".\n"
-            L"  tqvsthost process PLUGIN IN.wav OUT.wav [--type T] [--block N]\n"
+            L"  tqvsthost process PLUGIN IN OUT [--type T] [--block N]\n"
             L"                    [--param INDEX=VALUE]... [--preset FILE.fxp|FILE.vstpreset]\n"
             L"                    [--bank FILE.fxb [--program N]] [--inproc | --x86] [--id ID]\n"
             L"                    [--time-format F [--tempo BPM]] [--process-timeout MS]\n"
-            L"      Sends IN.wav through the plug-in in blocks of N frames (default 4096, at\n"
-            L"      most 1048576) and writes OUT.wav in IN's format, then prints the peaks in\n"
-            L"      and out in dBFS and the process the plug-in ran in. The plug-in gets the\n"
-            L"      samples as type T (default: the file's own): pcm8, pcm16, pcm24, pcm32,\n"
-            L"      float32, float64, unpacked24, signed8, be16, be24, be32 or a code. OUT is\n"
-            L"      written under a temporary name and renamed when complete; OUT may not be IN.\n"
-            L"      The input's length and the progress are shown as time F: time\n"
-            L"      (hh:mm:ss.mmm, the default), samples, seconds, smpte24, smpte25,\n"
+            L"      Sends IN through the plug-in in blocks of N frames (default 4096, at most\n"
+            L"      1048576) and writes OUT, then prints the peaks in and out in dBFS and the\n"
+            L"      process the plug-in ran in. IN is a WAV, RF64, Wave64, AIFF or AIFF-C file\n"
+            L"      of PCM or float samples. OUT takes the container its extension names (.wav,\n"
+            L"      .w64, .aif), else IN's, and IN's sample format (AIFF's samples become\n"
+            L"      little-endian in WAV and Wave64, and float cannot go to AIFF). A WAV output\n"
+            L"      past 4 GiB becomes RF64. Every metadata chunk of IN (bext, iXML, LIST INFO\n"
+            L"      and UNFO, DISP, markers, unknown chunks) is carried to OUT where its\n"
+            L"      container has a form for it (the others are named), and bext gains a\n"
+            L"      coding-history line naming the plug-in and its settings.\n"
+            L"      The plug-in gets the samples as type T (default: OUT's own): pcm8, pcm16,\n"
+            L"      pcm24, pcm32, float32, float64, unpacked24, signed8, be16, be24, be32 or a\n"
+            L"      code. OUT is written under a temporary name and renamed when complete; OUT\n"
+            L"      may not be IN. The input's length and the progress are shown as time F:\n"
+            L"      time (hh:mm:ss.mmm, the default), samples, seconds, smpte24, smpte25,\n"
             L"      smpte2997drop, smpte30, or measures (4/4 at BPM beats a minute, default 120).\n"
             L"      A VST3 plug-in takes --param values normalised, from 0 to 1.\n"
+            L"  tqvsthost probe FILE... [--json] [--time-format F [--tempo BPM]]\n"
+            L"      Prints each file's container, format, length (as time F), data offset and\n"
+            L"      every metadata chunk decoded: bext with its time reference as a position,\n"
+            L"      iXML as an indented outline, LIST INFO and UNFO items by label, DISP\n"
+            L"      entries; other chunks by id and size. A damaged file is named with what\n"
+            L"      is wrong. --json prints a JSON array (UTF-8), an object per file.\n"
+            L"  tqvsthost repair FILE [--format RATE,CHANNELS,TYPE]\n"
+            L"      Rebuilds the header of a WAV or Wave64 file whose writer died, from the\n"
+            L"      samples the file still holds in whole frames, after copying it to\n"
+            L"      FILE.bak (an existing FILE.bak stops it). Prints what the header said\n"
+            L"      before and after. --format (e.g. 48000,2,pcm24; types pcm8, pcm16,\n"
+            L"      pcm24, pcm32, float32, float64) is used where the old header holds no\n"
+            L"      sensible format; without it, 44100 Hz 16-bit stereo.\n"
             L"  tqvsthost save-preset PLUGIN FILE.fxp|FILE.fxb|FILE.vstpreset\n"
             L"                        [--param INDEX=VALUE]... [--program N]\n"
             L"                        [--preset FILE.fxp|FILE.vstpreset | --bank FILE.fxb]\n"

@@ -5,6 +5,8 @@
 
 #include <windows.h>
 
+#include <mmreg.h>
+
 #include <optional>
 #include <string>
 #include <utility>
@@ -31,6 +33,8 @@ struct Options
     double seconds = 3.0;
     TimeFormat timeFormat;
     std::wstring logFile;
+    // The format repair assumes where the damaged header holds none that makes sense.
+    std::optional<WAVEFORMATEX> repairFormat;
     bool help = false;
 };
 
@@ -43,6 +47,9 @@ std::optional<UINT32> ParsePluginId(const std::wstring& text);
 // A sample type by its code (17) or its name (pcm16, float32, ...).
 std::optional<UINT32> ParseSampleType(const std::wstring& text);
 const wchar_t* SampleTypeName(UINT32 type);
+
+// A plain PCM or float format written RATE,CHANNELS,TYPE (48000,2,pcm24).
+std::optional<WAVEFORMATEX> ParseWaveFormat(const std::wstring& text);
 
 // The four characters of an id where they are printable, for display.
 std::wstring FourCharacters(UINT32 id);

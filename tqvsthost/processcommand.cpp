@@ -1,12 +1,18 @@
-// tqvsthost process: reads a WAV file, sends it through the plug-in block by block in the chosen
-// host sample type, and writes the result in the input's own format.
+// tqvsthost process: reads a WAV, RF64, Wave64 or AIFF file, sends it through the plug-in block by
+// block in the chosen host sample type, and writes the result with the input's metadata in the
+// input's container or the one the output's extension names.
 #include "processcommand.h"
 
+#include "bextchunk.h"
 #include "hresulttext.h"
+#include "mediawriter.h"
 #include "pluginsession.h"
+#include "riff.h"
 #include "tqsamplecopy.h"
 #include "timetext.h"
 #include "wavefile.h"
+
+#include <shlwapi.h>
 
 #include <algorithm>
 #include <cmath>
@@ -104,6 +110,36 @@ void PrintMutedChannels(ITqVstEffect* effect, UINT32 channels)
                 channels, info.numOutputs);
 }
 
+// The coding-history line of the processing: the samples written and what changed them.
+std::string CodingHistoryLine(const Options& options, const std::wstring& plugin,
+                              const WAVEFORMATEX* format, TQSAMPLETYPE type)
+{
+    std::wstring line = L"A=PCM,F=" + std::to_wstring(format->nSamplesPerSec) + L",W=" +
+                        std::to_wstring(TqAudio_BytesFromSampleType(type) * 8) + L",M=" +
+                        (format->nChannels == 1   ? L"mono"
+                         : format->nChannels == 2 ? L"stereo"
+                                                  : std::to_wstring(format->nChannels) + L"ch") +
+                        L",T=tqvsthost " + PathFindFileNameW(plugin.c_str());
+    if (options.sampleType) line += std::wstring(L" type ") + SampleTypeName(*options.sampleType);
+    if (!options.presetFile.empty())
+        line += std::wstring(L" preset ") + PathFindFileNameW(options.presetFile.c_str());
+    if (!options.bankFile.empty())
+        line += std::wstring(L" bank ") + PathFindFileNameW(options.bankFile.c_str());
+    if (options.program) line += L" program " + std::to_wstring(*options.program);
+    for (const auto& [index, value] : options.parameters)
+    {
+        wchar_t text[48];
+        swprintf(text, 48, L" param %u=%g", index, static_cast<double>(value));
+        line += text;
+    }
+    std::string narrow(line.size(), '\0');
+    const int made =
+        WideCharToMultiByte(CP_ACP, 0, line.c_str(), static_cast<int>(line.size()), narrow.data(),
+                            static_cast<int>(narrow.size()), nullptr, nullptr);
+    narrow.resize(made > 0 ? static_cast<size_t>(made) : 0);
+    return narrow;
+}
+
 } // namespace
 
 int RunProcess(const Options& options)
@@ -120,13 +156,14 @@ int RunProcess(const Options& options)
         return ReportFailure(L"the output would overwrite the input " + input,
                              HRESULT_FROM_WIN32(ERROR_FILE_EXISTS));
 
-    WavReader reader;
+    MediaReader reader;
     HRESULT hr = reader.Open(input);
     if (FAILED(hr))
-        return ReportFailure(L"could not read " + input + L" as a WAV file", hr,
-                             {ResultArea::Wave, input});
-    const WAVEFORMATEX* format = reader.Format().Header();
-    const TQSAMPLETYPE fileType = TqAudio_GetSampleType(format);
+        return ReportFailure(L"could not read " + input + L" as a WAV, RF64, Wave64 or AIFF file",
+                             hr, {ResultArea::Wave, input});
+    const MediaLayout& layout = reader.Layout();
+    const WAVEFORMATEX* format = layout.Header();
+    const TQSAMPLETYPE fileType = layout.sampleType;
     if (fileType == TQSAMPLE_NONE)
         return ReportFailure(input + L" holds compressed or unknown samples",
                              HRESULT_FROM_WIN32(ERROR_NOT_SUPPORTED));
@@ -140,11 +177,18 @@ int RunProcess(const Options& options)
                                  std::to_wstring(frameBytes) + L" bytes, the header says " +
                                  std::to_wstring(format->nBlockAlign),
                              HRESULT_FROM_WIN32(ERROR_NOT_SUPPORTED));
-    const auto hostType = static_cast<TQSAMPLETYPE>(options.sampleType.value_or(fileType));
+    const Container container = OutputContainer(output, layout.container);
+    const TQSAMPLETYPE outType = OutputSampleType(container, fileType);
+    if (outType == TQSAMPLE_NONE)
+        return ReportFailure(std::wstring(L"an ") + ContainerName(container) +
+                                 L" file cannot hold " + SampleTypeName(fileType) + L" samples",
+                             HRESULT_FROM_WIN32(ERROR_NOT_SUPPORTED));
+    const auto hostType = static_cast<TQSAMPLETYPE>(options.sampleType.value_or(outType));
     const UINT32 hostBytes = TqAudio_BytesFromSampleType(hostType);
-    const bool convert = hostType != fileType;
-    if (convert && (!TqAudio_GetCopyFunction2(hostType, fileType) ||
-                    !TqAudio_GetCopyFunction2(fileType, hostType)))
+    const bool convertIn = hostType != fileType;
+    const bool convertOut = hostType != outType;
+    if ((convertIn && !TqAudio_GetCopyFunction2(hostType, fileType)) ||
+        (convertOut && !TqAudio_GetCopyFunction2(outType, hostType)))
         return ReportFailure(std::wstring(L"no conversion between the file's samples and ") +
                                  SampleTypeName(hostType),
                              E_NOTIMPL);
@@ -153,22 +197,36 @@ int RunProcess(const Options& options)
     if (!OpenPlugin(options, options.arguments[0], session)) return 1;
     ITqVstEffect* effect = session.effect.Get();
     if (!ApplySettings(options, effect)) return 1;
-    const size_t widestFrame = std::max<size_t>(frameBytes, size_t(channels) * hostBytes);
+    const size_t outFrameBytes = size_t(channels) * TqAudio_BytesFromSampleType(outType);
+    const size_t widestFrame =
+        std::max({size_t(frameBytes), size_t(channels) * hostBytes, outFrameBytes});
     const auto block = static_cast<UINT32>(
         std::clamp<size_t>(kMaxBufferBytes / widestFrame, 1, options.blockFrames));
     if (!Prepare(effect, format, hostType, block)) return 1;
 
-    WavWriter writer;
-    hr = writer.Create(output, reader.Format());
+    // The metadata goes along; the broadcast-wave history records this step.
+    std::vector<MediaChunk> chunks = layout.chunks;
+    for (MediaChunk& chunk : chunks)
+        if (chunk.fourcc == RIFF_ID('b', 'e', 'x', 't') && !chunk.aiff)
+            AppendCodingHistory(chunk.data,
+                                CodingHistoryLine(options, session.path, format, outType));
+    for (const std::wstring& warning : layout.warnings)
+        fwprintf(stderr, L"tqvsthost: %ls: %ls\n", input.c_str(), warning.c_str());
+    MediaWriter writer;
+    std::vector<std::wstring> dropped;
+    hr = writer.Create(output, container, layout, outType, chunks, dropped);
     if (FAILED(hr))
         return ReportFailure(L"could not create " + output, hr, {ResultArea::Wave, output});
+    for (const std::wstring& name : dropped)
+        wprintf(L"Left out chunk %ls: the %ls output has no place for it\n", name.c_str(),
+                ContainerName(container));
 
     const size_t fileBlockBytes = size_t(block) * format->nBlockAlign;
     const size_t hostBlockBytes = size_t(block) * channels * hostBytes;
-    std::vector<BYTE> fileIn(fileBlockBytes), fileOut(fileBlockBytes);
+    std::vector<BYTE> fileIn(fileBlockBytes), fileOut(size_t(block) * outFrameBytes);
     std::vector<BYTE> hostIn(hostBlockBytes), hostOut(hostBlockBytes);
     PeakMeter peakIn, peakOut;
-    const UINT64 total = reader.Frames();
+    const UINT64 total = layout.Frames();
     const UINT32 rate = format->nSamplesPerSec;
     const std::wstring length = FramesToText(options.timeFormat, total, rate, true);
     wprintf(L"Length: %ls (%llu frames)\n", length.c_str(), total);
@@ -184,17 +242,17 @@ int RunProcess(const Options& options)
             return ReportFailure(L"could not read " + input, hr, {ResultArea::Wave, input});
         if (frames == 0) break;
         peakIn.Measure(fileType, fileIn.data(), channels, frames);
-        if (convert)
+        if (convertIn)
             TqAudio_CopyByType(hostType, hostIn.data(), fileType, fileIn.data(), channels,
                                static_cast<long>(frames), 1.0f);
-        BYTE* in = convert ? hostIn.data() : fileIn.data();
-        BYTE* out = convert ? hostOut.data() : fileOut.data();
+        BYTE* in = convertIn ? hostIn.data() : fileIn.data();
+        BYTE* out = convertOut ? hostOut.data() : fileOut.data();
         hr = effect->Process(in, channels, out, static_cast<INT32>(channels), frames, hostBytes);
         if (FAILED(hr)) return ReportFailure(L"the plug-in could not process", hr);
-        if (convert)
-            TqAudio_CopyByType(fileType, fileOut.data(), hostType, hostOut.data(), channels,
+        if (convertOut)
+            TqAudio_CopyByType(outType, fileOut.data(), hostType, hostOut.data(), channels,
                                static_cast<long>(frames), 1.0f);
-        peakOut.Measure(fileType, fileOut.data(), channels, frames);
+        peakOut.Measure(outType, fileOut.data(), channels, frames);
         hr = writer.Write(fileOut.data(), frames);
         if (FAILED(hr))
             return ReportFailure(L"could not write " + output, hr, {ResultArea::Wave, output});
@@ -216,6 +274,7 @@ int RunProcess(const Options& options)
     wprintf(L"Processed %llu frames, %u channels, %u Hz, as %ls, through %ls\n", done, channels,
             static_cast<unsigned>(format->nSamplesPerSec), SampleTypeName(hostType),
             session.path.c_str());
+    wprintf(L"Wrote %ls as %ls\n", output.c_str(), ContainerName(writer.Written()));
     PrintMutedChannels(effect, channels);
     if (options.location == 0)
         wprintf(L"Plug-in process: %lu (in process)\n", GetCurrentProcessId());

@@ -21,9 +21,9 @@ HRESULT LastError()
     return error ? HRESULT_FROM_WIN32(error) : E_FAIL;
 }
 
-// Shifts each 32-bit word: right and sign-extending from the file, left to it. The low 8 bits
-// of a file's word are padding below the valid bits and are dropped; those written are zero.
-void ShiftWords(BYTE* bytes, size_t count, bool fromFile)
+} // namespace
+
+void ShiftHighAligned24(BYTE* bytes, size_t count, bool fromFile)
 {
     for (size_t i = 0; i < count; ++i, bytes += 4)
     {
@@ -33,8 +33,6 @@ void ShiftWords(BYTE* bytes, size_t count, bool fromFile)
         std::memcpy(bytes, &word, 4);
     }
 }
-
-} // namespace
 
 bool WavFormat::HighAligned24() const
 {
@@ -89,7 +87,7 @@ HRESULT WavReader::Read(void* buffer, UINT32 frames, UINT32* read)
     DWORD got = 0;
     if (!ReadFile(m_file.Get(), buffer, bytes, &got, nullptr)) return LastError();
     if (got != bytes) return TQ_E_READFAILED;
-    if (m_highAligned24) ShiftWords(static_cast<BYTE*>(buffer), bytes / 4, true);
+    if (m_highAligned24) ShiftHighAligned24(static_cast<BYTE*>(buffer), bytes / 4, true);
     m_position += bytes;
     *read = bytes / m_frameBytes;
     return S_OK;
@@ -133,7 +131,7 @@ HRESULT WavWriter::Write(const void* buffer, UINT32 frames)
     {
         m_shifted.assign(static_cast<const BYTE*>(buffer),
                          static_cast<const BYTE*>(buffer) + static_cast<size_t>(bytes));
-        ShiftWords(m_shifted.data(), m_shifted.size() / 4, false);
+        ShiftHighAligned24(m_shifted.data(), m_shifted.size() / 4, false);
         buffer = m_shifted.data();
     }
     DWORD written = 0;

@@ -76,6 +76,11 @@ private:
     std::vector<BYTE> m_shifted; // the block in the file's alignment
 };
 
+// Shifts each 32-bit word of a high-aligned 24-bit file: right and sign-extending from the file,
+// left to it. The low 8 bits of a file's word are padding below the valid bits and are dropped;
+// those written are zero.
+void ShiftHighAligned24(BYTE* bytes, size_t count, bool fromFile);
+
 // The temporary name a file is written under before it takes the target's name.
 std::wstring TemporaryNameFor(const std::wstring& path);
 

@@ -3,6 +3,8 @@
 #include "editorcommand.h"
 #include "hresulttext.h"
 #include "jsonwriter.h"
+#include "mediafile.h"
+#include "riff.h"
 #include "options.h"
 #include "support/testpaths.h"
 #include "uniquehandle.h"
@@ -766,7 +768,7 @@ TEST_F(HostProcess, NeverHarmsTheUsersFiles)
     const RunResult notWav =
         RunHost(L"process " + Gain() + L" " + Gain() + L" " + Quoted(m_output));
     EXPECT_EQ(notWav.exitCode, 1u);
-    EXPECT_NE(notWav.output.find("as a WAV file: 0x8004E080 (not a RIFF file"), std::string::npos)
+    EXPECT_NE(notWav.output.find("or AIFF file: 0x8004E080 (not a RIFF file"), std::string::npos)
         << notWav.output;
     EXPECT_EQ(notWav.output.find('\n'), notWav.output.size() - 1) << "one line";
 
@@ -1164,6 +1166,452 @@ TEST_F(HostScan, FindsVst3FilesAndBundlesAndListsTheShellIdsOfModules)
     EXPECT_NE(objects[7].find("\"shellIds\": [607950067, 3392337375, 1414946940]"),
               std::string::npos)
         << objects[7];
+}
+
+// --- Audio files: the containers, their metadata, probe and repair ---
+
+// A small strict JSON reader that says only whether the text is one valid value.
+class JsonCheck
+{
+public:
+    static bool Valid(const std::string& text)
+    {
+        JsonCheck check(text);
+        return check.Value() && (check.Space(), check.m_at == text.size());
+    }
+
+private:
+    explicit JsonCheck(const std::string& text) : m_text(text) {}
+    void Space()
+    {
+        while (m_at < m_text.size() && std::strchr(" \t\r\n", m_text[m_at]))
+            ++m_at;
+    }
+    bool Take(char c)
+    {
+        Space();
+        if (m_at >= m_text.size() || m_text[m_at] != c) return false;
+        ++m_at;
+        return true;
+    }
+    bool String()
+    {
+        if (!Take('"')) return false;
+        while (m_at < m_text.size() && m_text[m_at] != '"')
+        {
+            const auto c = static_cast<unsigned char>(m_text[m_at]);
+            if (c < 0x20) return false;
+            m_at += c == '\\' ? 2 : 1;
+        }
+        return m_at++ < m_text.size();
+    }
+    bool Value()
+    {
+        Space();
+        if (m_at >= m_text.size()) return false;
+        const char c = m_text[m_at];
+        if (c == '"') return String();
+        if (c == '{' || c == '[')
+        {
+            const char close = c == '{' ? '}' : ']';
+            ++m_at;
+            if (Take(close)) return true;
+            do
+            {
+                if (c == '{' && !(String() && Take(':'))) return false;
+                if (!Value()) return false;
+            } while (Take(','));
+            return Take(close);
+        }
+        const size_t start = m_at;
+        while (m_at < m_text.size() && std::strchr("-+.eE0123456789truefalsn", m_text[m_at]))
+            ++m_at;
+        return m_at > start;
+    }
+    const std::string& m_text;
+    size_t m_at = 0;
+};
+
+// The samples of a file as float, read through the host's own reader.
+struct FloatSamples
+{
+    HRESULT hr = E_FAIL;
+    tqhost::Container container = tqhost::Container::Wave;
+    TQSAMPLETYPE type = TQSAMPLE_NONE;
+    UINT32 channels = 0;
+    std::vector<float> samples;
+    std::vector<tqhost::MediaChunk> chunks;
+};
+
+FloatSamples ReadFloat(const std::wstring& path)
+{
+    FloatSamples result;
+    tqhost::MediaReader reader;
+    result.hr = reader.Open(path);
+    if (FAILED(result.hr)) return result;
+    const tqhost::MediaLayout& layout = reader.Layout();
+    result.container = layout.container;
+    result.type = layout.sampleType;
+    result.channels = layout.Header()->nChannels;
+    result.chunks = layout.chunks;
+    const auto frames = static_cast<UINT32>(layout.Frames());
+    std::vector<BYTE> bytes(size_t(frames) * layout.Header()->nBlockAlign);
+    UINT32 read = 0;
+    result.hr = reader.Read(bytes.data(), frames, &read);
+    result.samples.resize(size_t(read) * result.channels);
+    TqAudio_CopyByType(TQSAMPLE_FLOAT32, result.samples.data(), result.type, bytes.data(),
+                       result.channels, static_cast<long>(read), 1.0f);
+    return result;
+}
+
+// The largest difference between b and a times gain.
+float WorstError(const std::vector<float>& a, const std::vector<float>& b, float gain)
+{
+    float worst = a.size() == b.size() ? 0.0f : INFINITY;
+    for (size_t i = 0; i < std::min(a.size(), b.size()); ++i)
+        worst = std::max(worst, std::fabs(b[i] - a[i] * gain));
+    return worst;
+}
+
+class HostMedia : public HostProcess
+{
+protected:
+    // A WAV file with one of each metadata chunk the host decodes, and one it does not know.
+    std::wstring MetadataInput()
+    {
+        std::string bext(602, '\0');
+        std::memcpy(bext.data(), "Take 7 of the dawn chorus", 25);
+        std::memcpy(bext.data() + 256, "FieldRec", 8);
+        std::memcpy(bext.data() + 320, "2026-05-01", 10);
+        std::memcpy(bext.data() + 330, "04:30:00", 8);
+        const uint32_t timeReference = 44100u * 3600u; // one hour after midnight
+        std::memcpy(bext.data() + 338, &timeReference, 4);
+        bext += "A=PCM,F=44100,W=16,M=stereo,T=field recorder\r\n";
+        const std::string ixml = "<?xml version=\"1.0\"?><BWFXML><PROJECT>Birds</PROJECT>"
+                                 "<SPEED><NOTE>dawn &amp; dusk</NOTE></SPEED>"
+                                 "<VENDOR_THING a=\"1\">kept</VENDOR_THING></BWFXML>";
+        const auto entry = [](const char* id, const std::string& text) {
+            const auto size = static_cast<uint32_t>(text.size() + 1);
+            return std::string(id, 4) + std::string(reinterpret_cast<const char*>(&size), 4) +
+                   text + std::string(1 + size % 2, '\0');
+        };
+        const std::string info = "INFO" + entry("INAM", "Dawn") + entry("IART", "A. Wren");
+        std::string disp(4, '\0');
+        disp[0] = 1; // text
+        disp += "Dawn chorus";
+        // One cue point, and a project link: its version and the project's path.
+        std::string cue(28, '\0');
+        cue[0] = 1;
+        cue[4 + 4] = 100;
+        std::memcpy(cue.data() + 4 + 8, "data", 4);
+        const wchar_t path16[] = L"C:\\Projects\\dawn.tqp";
+        const std::string projectPath(reinterpret_cast<const char*>(path16), sizeof(path16));
+        const std::string generated = ReadBytes(m_input);
+        const std::string samples = DataOf(generated);
+        const size_t fmt = generated.find("fmt ");
+        const std::string format = generated.substr(fmt + 8, sizeof(PCMWAVEFORMAT));
+        const std::wstring path = m_folder.File(L"tagged.wav");
+        WriteBytes(path, WavBytes({{"fmt ", format},
+                                   {"bext", bext},
+                                   {"iXML", ixml},
+                                   {"LIST", info},
+                                   {"DISP", disp},
+                                   {"cue ", cue},
+                                   {"splv", std::string("\0\0\0\1", 4)},
+                                   {"splp", projectPath},
+                                   {"zzzz", "odd"},
+                                   {"data", samples}}));
+        return path;
+    }
+
+    static std::wstring Media(const wchar_t* name)
+    {
+        return tqtest::ProgramFolder() + L"\\hostmedia\\" + name;
+    }
+};
+
+// What another tool wrote in each container goes through the plug-in and comes out in the same
+// container, every sample halved.
+TEST_F(HostMedia, ProcessKeepsEachContainerAndItsSamples)
+{
+#ifndef TQ_HOST_MEDIA_FILES
+    GTEST_SKIP() << "ffmpeg was not at hand to write the reference files";
+#else
+    struct Case
+    {
+        const wchar_t* file;
+        tqhost::Container container;
+        TQSAMPLETYPE raw;
+        float tolerance;
+    };
+    const Case cases[] = {
+        {L"wav16.wav", tqhost::Container::Wave, TQSAMPLE_PCM16, 1.5f / 32768},
+        {L"float.wav", tqhost::Container::Wave, TQSAMPLE_FLOAT32, 1e-6f},
+        {L"wave64.w64", tqhost::Container::Wave64, TQSAMPLE_PCM16, 1.5f / 32768},
+        {L"rf64.wav", tqhost::Container::Rf64, TQSAMPLE_PCM16, 1.5f / 32768},
+        {L"aiff16.aif", tqhost::Container::Aiff, TQSAMPLE_PCM16, 1.5f / 32768},
+        {L"aiff24.aif", tqhost::Container::Aiff, TQSAMPLE_PCM24, 1.5f / 8388608},
+        {L"aifc.aif", tqhost::Container::Aiff, TQSAMPLE_PCM16, 1.5f / 32768},
+    };
+    for (const Case& c : cases)
+    {
+        const std::string raw = ReadBytes(Media(c.file) + L".raw");
+        const size_t count = raw.size() / TqAudio_BytesFromSampleType(c.raw);
+        std::vector<float> expected(count);
+        TqAudio_CopyByType(TQSAMPLE_FLOAT32, expected.data(), c.raw, raw.data(), 1,
+                           static_cast<long>(count), 1.0f);
+        const FloatSamples in = ReadFloat(Media(c.file));
+        ASSERT_EQ(in.hr, S_OK) << c.file;
+        EXPECT_EQ(in.container, c.container) << c.file;
+        EXPECT_LE(WorstError(expected, in.samples, 1.0f), 1e-7f) << c.file << " read as written";
+
+        const std::wstring ext = std::wstring(c.file).substr(std::wstring(c.file).find(L'.'));
+        const std::wstring output = m_folder.File(L"out" + ext);
+        const RunResult run = RunHost(L"process " + Gain() + L" " + Quoted(Media(c.file)) + L" " +
+                                      Quoted(output) + L" --param 0=0.25 --block 1000");
+        ASSERT_EQ(run.exitCode, 0u) << run.output;
+        const FloatSamples out = ReadFloat(output);
+        ASSERT_EQ(out.hr, S_OK) << c.file;
+        EXPECT_EQ(out.container, c.container) << c.file;
+        // AIFF is written big-endian, whatever byte order an AIFF-C input had.
+        EXPECT_EQ(out.type, c.container == tqhost::Container::Aiff && in.type == TQSAMPLE_PCM16
+                                ? TQSAMPLE_BE16
+                                : in.type)
+            << c.file;
+        EXPECT_LE(WorstError(expected, out.samples, 0.5f), c.tolerance) << c.file;
+    }
+#endif
+}
+
+// The output's extension chooses its container; the samples change their byte order with it.
+TEST_F(HostMedia, TheExtensionChoosesTheContainer)
+{
+    const FloatSamples in = ReadFloat(m_input);
+    ASSERT_EQ(in.hr, S_OK);
+    struct Case
+    {
+        const wchar_t* name;
+        tqhost::Container container;
+        TQSAMPLETYPE type;
+    };
+    const Case cases[] = {{L"out.w64", tqhost::Container::Wave64, TQSAMPLE_PCM16},
+                          {L"out.aif", tqhost::Container::Aiff, TQSAMPLE_BE16},
+                          {L"OUT.AIFF", tqhost::Container::Aiff, TQSAMPLE_BE16},
+                          {L"out.wav", tqhost::Container::Wave, TQSAMPLE_PCM16},
+                          {L"out.raw", tqhost::Container::Wave, TQSAMPLE_PCM16}};
+    std::wstring aiff;
+    for (const Case& c : cases)
+    {
+        const std::wstring output = m_folder.File(c.name);
+        const RunResult run =
+            RunHost(L"process " + Gain() + L" " + Quoted(m_input) + L" " + Quoted(output));
+        ASSERT_EQ(run.exitCode, 0u) << run.output;
+        const FloatSamples out = ReadFloat(output);
+        ASSERT_EQ(out.hr, S_OK) << run.output;
+        EXPECT_EQ(out.container, c.container) << run.output;
+        EXPECT_EQ(out.type, c.type) << run.output;
+        EXPECT_EQ(WorstError(in.samples, out.samples, 1.0f), 0.0f) << run.output;
+        if (c.container == tqhost::Container::Aiff) aiff = output;
+    }
+    // Back from AIFF to WAV: little-endian again, the same samples.
+    const std::wstring back = m_folder.File(L"back.wav");
+    ASSERT_EQ(RunHost(L"process " + Gain() + L" " + Quoted(aiff) + L" " + Quoted(back)).exitCode,
+              0u);
+    EXPECT_EQ(DataOf(ReadBytes(back)), DataOf(ReadBytes(m_input)));
+
+    // Float samples have no place in AIFF: refused, and nothing left behind.
+    const std::wstring floats = m_folder.File(L"float.wav");
+    ASSERT_EQ(RunHost(L"process " + Gain() + L" " + Quoted(m_input) + L" " + Quoted(floats) +
+                      L" --type float32")
+                  .exitCode,
+              0u);
+    WriteBytes(floats, WavBytes({{"fmt ", FormatChunk(WAVE_FORMAT_IEEE_FLOAT, 2, 32, 8)},
+                                 {"data", std::string(800, '\0')}}));
+    const RunResult refused = RunHost(L"process " + Gain() + L" " + Quoted(floats) + L" " +
+                                      Quoted(m_folder.File(L"float.aif")));
+    EXPECT_EQ(refused.exitCode, 1u);
+    EXPECT_NE(refused.output.find("an AIFF file cannot hold float32 samples"), std::string::npos)
+        << refused.output;
+    EXPECT_TRUE(FilesLike(m_folder.Path(), L"float.aif*").empty());
+}
+
+// Every metadata chunk (broadcast wave, iXML, INFO, display list, cue points, project link, one
+// unknown) comes through to WAV and Wave64 as it was, in its order, bext with one more history
+// line; an AIFF output names those it has no place for.
+TEST_F(HostMedia, ProcessCarriesTheMetadata)
+{
+    const std::wstring input = MetadataInput();
+    const FloatSamples in = ReadFloat(input);
+    ASSERT_EQ(in.hr, S_OK);
+    ASSERT_EQ(in.chunks.size(), 8u);
+    for (const wchar_t* name : {L"tagged-out.wav", L"tagged-out.w64"})
+    {
+        const std::wstring output = m_folder.File(name);
+        const RunResult run = RunHost(L"process " + Gain() + L" " + Quoted(input) + L" " +
+                                      Quoted(output) + L" --param 0=0.25");
+        ASSERT_EQ(run.exitCode, 0u) << run.output;
+        EXPECT_EQ(run.output.find("Left out"), std::string::npos) << run.output;
+        const FloatSamples out = ReadFloat(output);
+        ASSERT_EQ(out.hr, S_OK);
+        ASSERT_EQ(out.chunks.size(), in.chunks.size()) << run.output;
+        for (size_t i = 0; i < in.chunks.size(); ++i)
+        {
+            const tqhost::MediaChunk& before = in.chunks[i];
+            const tqhost::MediaChunk& after = out.chunks[i];
+            EXPECT_EQ(after.fourcc, before.fourcc) << i;
+            if (before.fourcc != RIFF_ID('b', 'e', 'x', 't'))
+            {
+                EXPECT_EQ(after.data, before.data) << "chunk " << i;
+                continue;
+            }
+            const std::string history(after.data.begin() + 602, after.data.end());
+            const std::string old(before.data.begin() + 602, before.data.end());
+            ASSERT_EQ(history.compare(0, old.size(), old), 0) << history;
+            const std::string added = history.substr(old.size());
+            EXPECT_EQ(std::count(added.begin(), added.end(), '\n'), 1) << added;
+            EXPECT_EQ(added.find("A=PCM,F=44100,W=16,M=stereo,T=tqvsthost tqgain.dll"), 0u)
+                << added;
+            EXPECT_NE(added.find("param 0=0.25"), std::string::npos) << added;
+            EXPECT_TRUE(
+                std::equal(before.data.begin(), before.data.begin() + 602, after.data.begin()))
+                << "the fixed fields stay";
+        }
+        EXPECT_LE(WorstError(in.samples, out.samples, 0.5f), 1.0f / 32768);
+    }
+    const RunResult aiff = RunHost(L"process " + Gain() + L" " + Quoted(input) + L" " +
+                                   Quoted(m_folder.File(L"tagged.aif")));
+    ASSERT_EQ(aiff.exitCode, 0u) << aiff.output;
+    EXPECT_NE(aiff.output.find("Left out chunk bext: the AIFF output has no place for it\n"),
+              std::string::npos)
+        << aiff.output;
+}
+
+TEST_F(HostMedia, ProbeDecodesTheMetadata)
+{
+    const std::wstring input = MetadataInput();
+    const RunResult run = RunHost(L"probe " + Quoted(input));
+    ASSERT_EQ(run.exitCode, 0u) << run.output;
+    for (const char* line :
+         {"  Container: WAV\n", "  Format: 2 channels, 44100 Hz, pcm16 (format tag 0x0001)\n",
+          "  Length: 00:00:00.500 (22050 frames)\n", "  Chunk bext (", "    Originator: FieldRec\n",
+          "    Description: Take 7 of the dawn chorus\n",
+          "    Time reference: 01:00:00.000 (158760000 samples)\n",
+          "      A=PCM,F=44100,W=16,M=stereo,T=field recorder\n", "    BWFXML\n",
+          "      PROJECT: Birds\n", "      SPEED\n", "        NOTE: dawn & dusk\n",
+          "      VENDOR_THING: kept\n", "  Chunk LIST INFO (", "    Title: Dawn\n",
+          "    Artist: A. Wren\n", "    Text: Dawn chorus\n", "  Chunk zzzz (3 bytes)\n"})
+        EXPECT_NE(run.output.find(line), std::string::npos) << line << run.output;
+
+    const RunResult samples = RunHost(L"probe --time-format samples " + Quoted(input));
+    EXPECT_NE(samples.output.find("Time reference: 158,760,000 (158760000 samples)"),
+              std::string::npos)
+        << samples.output;
+
+    // JSON for every container at once, read back as JSON.
+    std::wstring files = Quoted(input);
+#ifdef TQ_HOST_MEDIA_FILES
+    for (const wchar_t* name :
+         {L"wav16.wav", L"float.wav", L"wave64.w64", L"rf64.wav", L"aiff16.aif", L"aifc.aif"})
+        files += L" " + Quoted(Media(name));
+#endif
+    const RunResult json = RunHost(L"probe --json " + files, true);
+    ASSERT_EQ(json.exitCode, 0u) << json.output;
+    EXPECT_TRUE(JsonCheck::Valid(json.output)) << json.output;
+    EXPECT_NE(json.output.find("\"timeReference\": 158760000, \"position\": \"01:00:00.000\""),
+              std::string::npos)
+        << json.output;
+    EXPECT_NE(json.output.find("{\"id\": \"INAM\", \"label\": \"Title\", \"text\": \"Dawn\"}"),
+              std::string::npos)
+        << json.output;
+#ifdef TQ_HOST_MEDIA_FILES
+    for (const char* container :
+         {"\"WAV\"", "\"Wave64\"", "\"RF64\"", "\"AIFF\"", "\"AIFF (AIFF-C)\""})
+        EXPECT_NE(json.output.find("\"container\": " + std::string(container)), std::string::npos)
+            << container;
+#endif
+}
+
+// A recording whose writer died: sizes never written, the data cut mid-frame.
+TEST_F(HostMedia, RepairKeepsACopyAndRebuildsTheHeader)
+{
+    const std::string whole = ReadBytes(m_input);
+    std::string cut = whole.substr(0, whole.size() - 4003);
+    std::memset(cut.data() + 4, 0, 4);
+    std::memset(cut.data() + cut.find("data") + 4, 0, 4);
+    const std::wstring path = m_folder.File(L"died.wav");
+    WriteBytes(path, cut);
+    const RunResult run = RunHost(L"repair " + Quoted(path));
+    ASSERT_EQ(run.exitCode, 0u) << run.output;
+    EXPECT_NE(run.output.find("Found: WAV, 2 channels, 44100 Hz, pcm16, samples at offset 44, 0 "
+                              "bytes of samples claimed\n"),
+              std::string::npos)
+        << run.output;
+    const size_t whole4 = (cut.size() - 44) / 4 * 4;
+    EXPECT_NE(run.output.find("Now:   WAV, 2 channels, 44100 Hz, pcm16, samples at offset 44, " +
+                              std::to_string(whole4) + " bytes of samples claimed"),
+              std::string::npos)
+        << run.output;
+    EXPECT_EQ(ReadBytes(path + L".bak"), cut) << "the original, as it was";
+    const FloatSamples repaired = ReadFloat(path);
+    ASSERT_EQ(repaired.hr, S_OK);
+    EXPECT_EQ(repaired.samples.size(), whole4 / 2);
+
+    // A second repair would overwrite the copy of the original: refused.
+    const RunResult again = RunHost(L"repair " + Quoted(path));
+    EXPECT_EQ(again.exitCode, 1u);
+    EXPECT_NE(again.output.find("could not keep a copy"), std::string::npos) << again.output;
+    EXPECT_EQ(ReadBytes(path + L".bak"), cut);
+
+    // Wave64, and a format given for a header that has none worth reading.
+    const std::wstring w64 = m_folder.File(L"died.w64");
+    ASSERT_EQ(RunHost(L"process " + Gain() + L" " + Quoted(m_input) + L" " + Quoted(w64)).exitCode,
+              0u);
+    std::string cut64 = ReadBytes(w64);
+    cut64.resize(cut64.size() - 1001);
+    std::memset(cut64.data() + 16, 0, 8);
+    WriteBytes(w64, cut64);
+    const RunResult run64 = RunHost(L"repair " + Quoted(w64) + L" --format 48000,1,pcm16");
+    ASSERT_EQ(run64.exitCode, 0u) << run64.output;
+    EXPECT_NE(run64.output.find("Now:   Wave64, 2 channels, 44100 Hz"), std::string::npos)
+        << "the header's own format makes sense and is kept: " << run64.output;
+    EXPECT_EQ(ReadBytes(w64 + L".bak"), cut64);
+    EXPECT_EQ(RunHost(L"repair " + Gain()).exitCode, 1u);
+}
+
+// Files that are damaged or no audio at all: one clear line, never a crash, nothing written.
+TEST_F(HostMedia, DamagedFilesAreNamedNotFollowed)
+{
+    const std::string whole = ReadBytes(MetadataInput());
+    struct Case
+    {
+        const char* what;
+        std::string bytes;
+        const char* message;
+    };
+    std::string hugeChunk = whole;
+    const uint32_t huge = 0x7FFFFFF0;
+    std::memcpy(hugeChunk.data() + hugeChunk.find("zzzz") + 4, &huge, 4);
+    const Case cases[] = {
+        {"cut inside fmt", whole.substr(0, 30), "is damaged: no usable format or sample data"},
+        {"no chunks", whole.substr(0, 12), "is damaged: no usable format or sample data"},
+        {"text", "just some text", "is not a WAV, RF64, Wave64 or AIFF file"},
+        {"empty", "", "is not a WAV, RF64, Wave64 or AIFF file"},
+        {"a chunk claims 2 GiB", hugeChunk, "chunk zzzz at offset "},
+    };
+    const std::wstring path = m_folder.File(L"damaged.wav");
+    for (const Case& c : cases)
+    {
+        WriteBytes(path, c.bytes);
+        const RunResult probe = RunHost(L"probe " + Quoted(path));
+        const RunResult process =
+            RunHost(L"process " + Gain() + L" " + Quoted(path) + L" " + Quoted(m_output));
+        EXPECT_EQ(probe.exitCode, 1u) << c.what;
+        EXPECT_NE(probe.output.find(c.message), std::string::npos) << c.what << probe.output;
+        EXPECT_EQ(probe.output.find('\n'), probe.output.size() - 1) << c.what << probe.output;
+        EXPECT_EQ(process.exitCode, 1u) << c.what;
+        EXPECT_NE(process.output.find("could not read"), std::string::npos) << c.what;
+        EXPECT_TRUE(FilesLike(m_folder.Path(), L"out*").empty()) << c.what;
+    }
 }
 
 } // namespace

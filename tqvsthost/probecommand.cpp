@@ -1,0 +1,348 @@
+// tqvsthost probe: the container, format, length and data offset of audio files, and every
+// metadata chunk decoded, as text or as JSON.
+#include "probecommand.h"
+
+#include "bextchunk.h"
+#include "hresulttext.h"
+#include "ixmltree.h"
+#include "jsonwriter.h"
+#include "mediafile.h"
+#include "pluginsession.h"
+#include "riff.h"
+
+#include <cstdio>
+#include <cstring>
+
+namespace tqhost {
+namespace {
+
+constexpr DWORD kBext = RIFF_ID('b', 'e', 'x', 't');
+constexpr DWORD kIxml = RIFF_ID('i', 'X', 'M', 'L');
+constexpr DWORD kList = RIFF_ID('L', 'I', 'S', 'T');
+constexpr DWORD kDisp = RIFF_ID('D', 'I', 'S', 'P');
+constexpr DWORD kInfo = RIFF_ID('I', 'N', 'F', 'O');
+constexpr DWORD kUnfo = RIFF_ID('U', 'N', 'F', 'O');
+
+struct InfoLabel
+{
+    DWORD id;
+    const wchar_t* label;
+};
+
+// How a file properties view names the items of a summary list.
+constexpr InfoLabel kInfoLabels[] = {
+    {RIFF_ID('I', 'A', 'R', 'T'), L"Artist"},
+    {RIFF_ID('I', 'C', 'M', 'T'), L"Comment"},
+    {RIFF_ID('I', 'C', 'O', 'P'), L"Copyright"},
+    {RIFF_ID('I', 'C', 'R', 'D'), L"Year"},
+    {RIFF_ID('I', 'E', 'N', 'G'), L"Author"},
+    {RIFF_ID('I', 'G', 'N', 'R'), L"Genre"},
+    {RIFF_ID('I', 'N', 'A', 'M'), L"Title"},
+    {RIFF_ID('I', 'S', 'B', 'J'), L"Subject"},
+    {RIFF_ID('I', 'S', 'R', 'C'), L"Album/source"},
+    {RIFF_ID('I', 'S', 'F', 'T'), L"Software"},
+    {RIFF_ID('T', 'L', 'E', 'N'), L"Text length"},
+    {RIFF_ID('T', 'R', 'C', 'K'), L"Track"},
+    {RIFF_ID('T', 'U', 'R', 'L'), L"Web page"},
+    {RIFF_ID('D', 'I', 'S', 'P'), L"Sound scheme title"},
+    {RIFF_ID('T', 'V', 'E', 'R'), L"Track version"},
+    {RIFF_ID('L', 'O', 'C', 'A'), L"Location"},
+    {RIFF_ID('T', 'O', 'R', 'G'), L"Organization"},
+    {RIFF_ID('T', 'A', 'P', 'E'), L"Tape Name"},
+    {RIFF_ID('D', 'T', 'I', 'M'), L"Recorded"},
+    {RIFF_ID('V', 'M', 'A', 'J'), L"Version"},
+};
+
+std::wstring IdText(DWORD id)
+{
+    std::wstring text;
+    for (int i = 0; i < 4; ++i)
+    {
+        const wchar_t c = static_cast<wchar_t>((id >> (8 * i)) & 0xFF);
+        text += c >= 0x20 && c <= 0x7E ? c : L'.';
+    }
+    return text;
+}
+
+std::wstring Narrow(const BYTE* bytes, size_t size, UINT codePage)
+{
+    size_t length = 0;
+    while (length < size && bytes[length])
+        ++length;
+    if (!length) return {};
+    const int chars = MultiByteToWideChar(codePage, 0, reinterpret_cast<const char*>(bytes),
+                                          static_cast<int>(length), nullptr, 0);
+    std::wstring text(static_cast<size_t>(std::max(chars, 0)), L'\0');
+    MultiByteToWideChar(codePage, 0, reinterpret_cast<const char*>(bytes), static_cast<int>(length),
+                        text.data(), chars);
+    return text;
+}
+
+// What probe says about one file, built as text and JSON side by side.
+class Report
+{
+public:
+    explicit Report(const Options& options) : m_options(options) {}
+
+    void Line(int depth, const std::wstring& text)
+    {
+        m_text += std::wstring(2 * depth, L' ') + text + L"\n";
+    }
+    const std::wstring& Text() const { return m_text; }
+
+    std::string Bext(const MediaChunk& chunk, UINT32 rate)
+    {
+        JsonObject json;
+        const auto fields = ParseBext(chunk.data);
+        if (!fields)
+        {
+            Line(2, L"too short for its fixed fields");
+            return json.Add("error", L"too short").Text();
+        }
+        const std::wstring position =
+            FramesToText(m_options.timeFormat, fields->timeReference, rate, false);
+        Line(2, L"Description: " + fields->description);
+        Line(2, L"Originator: " + fields->originator);
+        Line(2, L"Originator reference: " + fields->originatorReference);
+        Line(2, L"Origination: " + fields->date + L" " + fields->time);
+        Line(2, L"Time reference: " + position + L" (" + std::to_wstring(fields->timeReference) +
+                    L" samples)");
+        Line(2, L"Version: " + std::to_wstring(fields->version));
+        Line(2, L"Coding history:");
+        std::wstring history = fields->codingHistory;
+        for (size_t start = 0; start < history.size();)
+        {
+            size_t end = history.find_first_of(L"\r\n", start);
+            if (end == std::wstring::npos) end = history.size();
+            if (end > start) Line(3, history.substr(start, end - start));
+            start = end + 1;
+        }
+        return json.Add("description", fields->description)
+            .Add("originator", fields->originator)
+            .Add("originatorReference", fields->originatorReference)
+            .Add("date", fields->date)
+            .Add("time", fields->time)
+            .AddNumber("timeReference", fields->timeReference)
+            .Add("position", position)
+            .Add("version", fields->version)
+            .Add("codingHistory", fields->codingHistory)
+            .Text();
+    }
+
+    std::string Ixml(const MediaChunk& chunk)
+    {
+        const std::string text(chunk.data.begin(), chunk.data.end());
+        std::vector<std::string> elements;
+        for (const XmlLine& line : OutlineXml(text.c_str()))
+        {
+            Line(2 + line.depth, line.text.empty() ? line.name : line.name + L": " + line.text);
+            elements.push_back(JsonObject()
+                                   .Add("depth", static_cast<UINT32>(line.depth))
+                                   .Add("name", line.name)
+                                   .Add("text", line.text)
+                                   .Text());
+        }
+        return JsonArray(elements);
+    }
+
+    // The entries of a LIST INFO (8-bit text) or UNFO (16-bit text).
+    std::string Summary(const std::vector<BYTE>& list, bool wide)
+    {
+        std::vector<std::string> items;
+        for (size_t at = 4; at + 8 <= list.size();)
+        {
+            DWORD id, size;
+            std::memcpy(&id, &list[at], 4);
+            std::memcpy(&size, &list[at + 4], 4);
+            if (size > list.size() - at - 8)
+            {
+                Line(2, L"an entry runs past the end of the list");
+                break;
+            }
+            const BYTE* text = &list[at + 8];
+            std::wstring value;
+            if (wide)
+            {
+                for (size_t i = 0; i + 1 < size; i += 2)
+                {
+                    const wchar_t c = static_cast<wchar_t>(text[i] | text[i + 1] << 8);
+                    if (!c) break;
+                    value += c;
+                }
+            }
+            else
+                value = Narrow(text, size, CP_ACP);
+            std::wstring label = IdText(id);
+            for (const InfoLabel& row : kInfoLabels)
+                if (row.id == id) label = row.label;
+            Line(2, label + L": " + value);
+            items.push_back(
+                JsonObject().Add("id", IdText(id)).Add("label", label).Add("text", value).Text());
+            at += 8 + size + (size & 1);
+        }
+        return JsonArray(items);
+    }
+
+    std::string Disp(const std::vector<BYTE>& data)
+    {
+        JsonObject json;
+        if (data.size() < 4)
+        {
+            Line(2, L"too short for its format");
+            return json.Add("error", L"too short").Text();
+        }
+        DWORD format;
+        std::memcpy(&format, data.data(), 4);
+        json.Add("format", format).AddNumber("bytes", data.size() - 4);
+        if (format == CF_TEXT)
+        {
+            const std::wstring text = Narrow(data.data() + 4, data.size() - 4, CP_ACP);
+            Line(2, L"Text: " + text);
+            json.Add("text", text);
+        }
+        else
+            Line(2, L"Clipboard format " + std::to_wstring(format) + L", " +
+                        std::to_wstring(data.size() - 4) + L" bytes");
+        return json.Text();
+    }
+
+private:
+    const Options& m_options;
+    std::wstring m_text;
+};
+
+// Probes one file; false with the message printed when it cannot be read.
+bool Probe(const Options& options, const std::wstring& path, std::string& json)
+{
+    tq::UniqueFile file(CreateFileW(path.c_str(), GENERIC_READ, FILE_SHARE_READ, nullptr,
+                                    OPEN_EXISTING, FILE_ATTRIBUTE_NORMAL, nullptr));
+    if (file.Get() == INVALID_HANDLE_VALUE)
+    {
+        ReportFailure(L"could not open " + path, HRESULT_FROM_WIN32(GetLastError()),
+                      {ResultArea::Wave, path});
+        return false;
+    }
+    MediaLayout layout;
+    const HRESULT hr = ReadMediaLayout(file.Get(), layout);
+    if (FAILED(hr))
+    {
+        std::wstring what =
+            path + (hr == TQ_E_NORIFFHEADER ? L" is not a WAV, RF64, Wave64 or AIFF file"
+                                            : L" is damaged: no usable format or sample data");
+        if (!layout.warnings.empty()) what += L" (" + layout.warnings.front() + L")";
+        ReportFailure(what, hr, {ResultArea::Wave, path});
+        return false;
+    }
+    const WAVEFORMATEX* format = layout.Header();
+    Report report(options);
+    const std::wstring container =
+        std::wstring(ContainerName(layout.container)) + (layout.aifc ? L" (AIFF-C)" : L"");
+    const std::wstring length =
+        FramesToText(options.timeFormat, layout.Frames(), format->nSamplesPerSec, true);
+    report.Line(0, path);
+    report.Line(1, L"Container: " + container);
+    report.Line(
+        1, L"Format: " + std::to_wstring(format->nChannels) + L" channels, " +
+               std::to_wstring(format->nSamplesPerSec) + L" Hz, " +
+               SampleTypeName(layout.sampleType) + L" (format tag 0x" +
+               [&] {
+                   wchar_t hex[8];
+                   swprintf(hex, 8, L"%04X", format->wFormatTag);
+                   return std::wstring(hex);
+               }() +
+               L")");
+    report.Line(1, L"Length: " + length + L" (" + std::to_wstring(layout.Frames()) + L" frames)");
+    report.Line(1, L"Data offset: " + std::to_wstring(layout.dataStart));
+    if (layout.declaredDataBytes != layout.dataBytes)
+        report.Line(1, L"The header claims " + std::to_wstring(layout.declaredDataBytes) +
+                           L" bytes of samples; the file holds " +
+                           std::to_wstring(layout.dataBytes) + L" in whole frames");
+    std::vector<std::string> chunks;
+    for (const MediaChunk& chunk : layout.chunks)
+    {
+        JsonObject entry;
+        entry.Add("id", chunk.Name())
+            .AddNumber("offset", chunk.offset)
+            .AddNumber("bytes", chunk.data.size());
+        std::wstring title = L"Chunk " + chunk.Name();
+        // A list of the RIFF family names its type in four characters (a Wave64 list by GUID).
+        const bool riffList =
+            !chunk.aiff && chunk.guid == Wave64Guid(kList) && chunk.data.size() >= 4;
+        DWORD listType = 0;
+        if (riffList)
+        {
+            std::memcpy(&listType, chunk.data.data(), 4);
+            title += L" " + IdText(listType);
+            entry.Add("type", IdText(listType));
+        }
+        report.Line(1, title + L" (" + std::to_wstring(chunk.data.size()) + L" bytes)");
+        if (chunk.aiff) // AIFF's own chunks are listed, not decoded
+        {
+        }
+        else if (riffList && (listType == kInfo || listType == kUnfo))
+            entry.AddJson("items", report.Summary(chunk.data, listType == kUnfo));
+        else if (chunk.fourcc == kBext)
+            entry.AddJson("bext", report.Bext(chunk, format->nSamplesPerSec));
+        else if (chunk.fourcc == kIxml)
+            entry.AddJson("ixml", report.Ixml(chunk));
+        else if (chunk.fourcc == kDisp)
+            entry.AddJson("disp", report.Disp(chunk.data));
+        chunks.push_back(entry.Text());
+    }
+    std::vector<std::string> warnings;
+    for (const std::wstring& warning : layout.warnings)
+    {
+        report.Line(1, L"Damage: " + warning);
+        warnings.push_back(JsonString(warning));
+    }
+    json = JsonObject()
+               .Add("file", path)
+               .Add("container", container)
+               .AddJson("format", JsonObject()
+                                      .Add("channels", format->nChannels)
+                                      .Add("rate", static_cast<UINT32>(format->nSamplesPerSec))
+                                      .Add("type", SampleTypeName(layout.sampleType))
+                                      .Add("formatTag", format->wFormatTag)
+                                      .Text())
+               .AddNumber("frames", layout.Frames())
+               .Add("length", length)
+               .AddNumber("dataOffset", layout.dataStart)
+               .AddNumber("dataBytes", layout.dataBytes)
+               .AddNumber("declaredDataBytes", layout.declaredDataBytes)
+               .AddJson("chunks", JsonArray(chunks))
+               .AddJson("damage", JsonArray(warnings))
+               .Text();
+    if (!options.json) wprintf(L"%ls", report.Text().c_str());
+    return true;
+}
+
+} // namespace
+
+int RunProbe(const Options& options)
+{
+    if (options.arguments.empty())
+    {
+        fwprintf(stderr, L"tqvsthost: probe needs FILE... (see --help)\n");
+        return 1;
+    }
+    bool allRead = true;
+    std::vector<std::string> files;
+    for (const std::wstring& argument : options.arguments)
+    {
+        std::wstring path;
+        if (!FullPath(argument, path)) path = argument;
+        std::string json;
+        if (Probe(options, path, json))
+            files.push_back(json);
+        else
+            allRead = false;
+    }
+    if (options.json)
+    {
+        fputs(JsonArray(files).c_str(), stdout);
+        fputs("\n", stdout);
+    }
+    return allRead ? 0 : 1;
+}
+
+} // namespace tqhost
