@@ -4,7 +4,7 @@
 
 #include "hresulttext.h"
 #include "pluginsession.h"
-#include "wavefile.h"
+#include "wavstream.h"
 
 #include <cmath>
 #include <cstdio>

@@ -4,7 +4,7 @@
 #include "iff.h"
 #include "riff64.h"
 #include "tqwaveformat.h"
-#include "wavefile.h"
+#include "wavstream.h"
 
 #include <cstring>
 

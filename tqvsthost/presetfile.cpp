@@ -2,7 +2,7 @@
 #include "presetfile.h"
 
 #include "comptr.h"
-#include "wavefile.h"
+#include "wavstream.h"
 
 #include <shlwapi.h>
 

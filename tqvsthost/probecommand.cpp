@@ -2,13 +2,15 @@
 // metadata chunk decoded, as text or as JSON.
 #include "probecommand.h"
 
-#include "bextchunk.h"
+#include "bwf.h"
 #include "hresulttext.h"
-#include "ixmltree.h"
 #include "jsonwriter.h"
 #include "mediafile.h"
 #include "pluginsession.h"
+#include "projectlink.h"
 #include "riff.h"
+#include "xmldocument.h"
+#include "xmlescapes.h"
 
 #include <cstdio>
 #include <cstring>
@@ -16,8 +18,6 @@
 namespace tqhost {
 namespace {
 
-constexpr DWORD kBext = RIFF_ID('b', 'e', 'x', 't');
-constexpr DWORD kIxml = RIFF_ID('i', 'X', 'M', 'L');
 constexpr DWORD kList = RIFF_ID('L', 'I', 'S', 'T');
 constexpr DWORD kDisp = RIFF_ID('D', 'I', 'S', 'P');
 constexpr DWORD kInfo = RIFF_ID('I', 'N', 'F', 'O');
@@ -78,6 +78,100 @@ std::wstring Narrow(const BYTE* bytes, size_t size, UINT codePage)
     return text;
 }
 
+// The broadcast-wave record of a file, freed with it.
+struct BwfRecord
+{
+    BwfRecord() = default;
+    BwfRecord(const BwfRecord&) = delete;
+    BwfRecord& operator=(const BwfRecord&) = delete;
+    ~BwfRecord() { FreeBwfChunkGlobal(&chunk); }
+    _tagTQBWF_Chunk chunk = {};
+};
+
+// The metadata the kernel reads from a file of the RIFF family; AIFF carries none of it.
+void LoadKernelMetadata(HANDLE file, Container container, BwfRecord& bwf, CTqLinkProjectInfo& link,
+                        bool& linkFound)
+{
+    if (container == Container::Aiff) return;
+    const bool wave64 = container == Container::Wave64;
+    // What could not be read shows as an unreadable chunk where the layout lists it.
+    BOOL bwfFound = FALSE;
+    if (wave64)
+        bwfriff64_LoadInfo(file, &bwf.chunk, &bwfFound);
+    else
+        bwfriffRF64_LoadInfo(file, &bwf.chunk, &bwfFound);
+    BOOL found = FALSE;
+    const HRESULT hr = wave64 ? ProjectLinkRiff64_LoadInfo(file, &link, &found)
+                              : ProjectLinkRiffRF64_LoadInfo(file, &link, &found);
+    linkFound = SUCCEEDED(hr) && found;
+}
+
+// iXML is UTF-8 whatever it declares; the document reader takes Unicode only as UTF-16 behind
+// FF FE, so the text is handed over in that form.
+std::vector<BYTE> AsUtf16Document(const std::vector<BYTE>& data)
+{
+    if (data.size() >= 2 && data[0] == 0xFF && data[1] == 0xFE) return data;
+    size_t length = 0;
+    while (length < data.size() && data[length])
+        ++length;
+    const char* text = reinterpret_cast<const char*>(data.data());
+    const int chars =
+        length ? MultiByteToWideChar(CP_UTF8, 0, text, static_cast<int>(length), nullptr, 0) : 0;
+    std::vector<BYTE> wide(2 + 2 * size_t(std::max(chars, 0)));
+    wide[0] = 0xFF;
+    wide[1] = 0xFE;
+    if (chars > 0)
+        MultiByteToWideChar(CP_UTF8, 0, text, static_cast<int>(length),
+                            reinterpret_cast<WCHAR*>(wide.data() + 2), chars);
+    return wide;
+}
+
+std::wstring Trimmed(const std::wstring& text)
+{
+    const size_t first = text.find_first_not_of(L" \t\r\n");
+    if (first == std::wstring::npos) return {};
+    return text.substr(first, text.find_last_not_of(L" \t\r\n") - first + 1);
+}
+
+// Deeper nesting than any recorder writes is not shown, which also bounds the recursion.
+constexpr int kMaxIxmlDepth = 64;
+
+struct IxmlLine
+{
+    int depth;
+    std::wstring name;
+    std::wstring text;
+};
+
+// The elements below element (null: the top level) in document order, each with its text.
+void OutlineElements(CTqXML_Document& document, tagTQXML_ELEMENT* element, int depth,
+                     std::vector<IxmlLine>& lines)
+{
+    if (depth >= kMaxIxmlDepth) return;
+    tagTQXML_CONTENT* content = nullptr;
+    const TQXML_FINDCURSOR cursor = document.FindContentFirst(element, &content);
+    if (cursor == TQXML_NOCURSOR) return;
+    const size_t own = lines.empty() ? 0 : lines.size() - 1;
+    do
+    {
+        if (content->type == XML_CONTENT_ELEMENT)
+        {
+            lines.push_back(
+                {depth, content->data.element.name ? content->data.element.name : L"", {}});
+            OutlineElements(document, &content->data.element, depth + 1, lines);
+        }
+        else if (element && content->data.text &&
+                 (content->type == XML_CONTENT_CHARDATA || content->type == XML_CONTENT_CDATA))
+        {
+            std::wstring text = content->data.text;
+            if (content->type == XML_CONTENT_CHARDATA)
+                text.resize(TqXML_RemoveEscapes(text.data()));
+            lines[own].text += Trimmed(text);
+        }
+    } while (SUCCEEDED(document.FindContentNext(cursor, &content)));
+    document.FindContentClose(cursor);
+}
+
 // What probe says about one file, built as text and JSON side by side.
 class Report
 {
@@ -90,26 +184,37 @@ public:
     }
     const std::wstring& Text() const { return m_text; }
 
-    std::string Bext(const MediaChunk& chunk, UINT32 rate)
+    std::string Bext(const _tagTQBWF_Chunk& bwf, UINT32 rate)
     {
         JsonObject json;
-        const auto fields = ParseBext(chunk.data);
-        if (!fields)
+        if (!bwf.bextRead)
         {
-            Line(2, L"too short for its fixed fields");
-            return json.Add("error", L"too short").Text();
+            Line(2, L"could not be read");
+            return json.Add("error", L"unreadable").Text();
         }
+        const auto text = [](const char* field, size_t size) {
+            return Narrow(reinterpret_cast<const BYTE*>(field), size, CP_ACP);
+        };
+        const std::wstring description = text(bwf.description, sizeof(bwf.description));
+        const std::wstring originator = text(bwf.originator, sizeof(bwf.originator));
+        const std::wstring reference =
+            text(bwf.originatorReference, sizeof(bwf.originatorReference));
+        const std::wstring date = text(bwf.originationDate, sizeof(bwf.originationDate));
+        const std::wstring time = text(bwf.originationTime, sizeof(bwf.originationTime));
+        const UINT64 timeReference = UINT64(bwf.timeReferenceHigh) << 32 | bwf.timeReferenceLow;
+        const char* historyText = GetIxmlCodingHistoryValueGlobal(&bwf);
+        const std::wstring history =
+            historyText ? text(historyText, std::strlen(historyText)) : std::wstring();
         const std::wstring position =
-            FramesToText(m_options.timeFormat, fields->timeReference, rate, false);
-        Line(2, L"Description: " + fields->description);
-        Line(2, L"Originator: " + fields->originator);
-        Line(2, L"Originator reference: " + fields->originatorReference);
-        Line(2, L"Origination: " + fields->date + L" " + fields->time);
-        Line(2, L"Time reference: " + position + L" (" + std::to_wstring(fields->timeReference) +
+            FramesToText(m_options.timeFormat, timeReference, rate, false);
+        Line(2, L"Description: " + description);
+        Line(2, L"Originator: " + originator);
+        Line(2, L"Originator reference: " + reference);
+        Line(2, L"Origination: " + date + L" " + time);
+        Line(2, L"Time reference: " + position + L" (" + std::to_wstring(timeReference) +
                     L" samples)");
-        Line(2, L"Version: " + std::to_wstring(fields->version));
+        Line(2, L"Version: " + std::to_wstring(bwf.version));
         Line(2, L"Coding history:");
-        std::wstring history = fields->codingHistory;
         for (size_t start = 0; start < history.size();)
         {
             size_t end = history.find_first_of(L"\r\n", start);
@@ -117,23 +222,31 @@ public:
             if (end > start) Line(3, history.substr(start, end - start));
             start = end + 1;
         }
-        return json.Add("description", fields->description)
-            .Add("originator", fields->originator)
-            .Add("originatorReference", fields->originatorReference)
-            .Add("date", fields->date)
-            .Add("time", fields->time)
-            .AddNumber("timeReference", fields->timeReference)
+        return json.Add("description", description)
+            .Add("originator", originator)
+            .Add("originatorReference", reference)
+            .Add("date", date)
+            .Add("time", time)
+            .AddNumber("timeReference", timeReference)
             .Add("position", position)
-            .Add("version", fields->version)
-            .Add("codingHistory", fields->codingHistory)
+            .Add("version", bwf.version)
+            .Add("codingHistory", history)
             .Text();
     }
 
     std::string Ixml(const MediaChunk& chunk)
     {
-        const std::string text(chunk.data.begin(), chunk.data.end());
+        const std::vector<BYTE> document = AsUtf16Document(chunk.data);
+        CTqXML_Document reader;
+        std::vector<IxmlLine> lines;
+        if (SUCCEEDED(reader.OpenMemory(document.data(), static_cast<DWORD>(document.size()))))
+        {
+            reader.ParseFile(); // a damaged document still shows its readable part
+            OutlineElements(reader, nullptr, 0, lines);
+            reader.CloseMemory();
+        }
         std::vector<std::string> elements;
-        for (const XmlLine& line : OutlineXml(text.c_str()))
+        for (const IxmlLine& line : lines)
         {
             Line(2 + line.depth, line.text.empty() ? line.name : line.name + L": " + line.text);
             elements.push_back(JsonObject()
@@ -143,6 +256,49 @@ public:
                                    .Text());
         }
         return JsonArray(elements);
+    }
+
+    // What a rendered file remembers of the project that made it.
+    std::string ProjectLink(const CTqLinkProjectInfo& link)
+    {
+        JsonObject json;
+        Line(1, L"Project link");
+        wchar_t version[16];
+        swprintf(version, 16, L"0x%08X", static_cast<unsigned>(link.GetVersion()));
+        Line(2, std::wstring(L"Version: ") + version);
+        json.Add("version", static_cast<UINT32>(link.GetVersion()));
+        const DWORD valid = link.GetValid();
+        const auto textField = [&](DWORD bit, const char* key, const wchar_t* label,
+                                   const WCHAR* value) {
+            if (!(valid & bit) || !value) return;
+            Line(2, std::wstring(label) + L": " + value);
+            json.Add(key, value);
+        };
+        const auto blockField = [&](DWORD bit, const char* key, const wchar_t* label, DWORD size) {
+            if (!(valid & bit)) return;
+            Line(2, std::wstring(label) + L": " + std::to_wstring(size) + L" bytes");
+            json.Add(key, static_cast<UINT32>(size));
+        };
+        textField(TQLINK_PROJECTPATH, "projectPath", L"Project", link.GetProjectPath());
+        textField(TQLINK_COMMANDLINE, "commandLine", L"Command line", link.GetCommandLine());
+        if (valid & TQLINK_RENDERER)
+        {
+            wchar_t guid[40] = {};
+            StringFromGUID2(link.GetRendererGuid(), guid, 40);
+            Line(2, std::wstring(L"Renderer: ") + guid);
+            json.Add("renderer", guid);
+        }
+        textField(TQLINK_TEMPLATENAME, "templateName", L"Template", link.GetTemplateName());
+        blockField(TQLINK_TEMPLATEDATA, "templateDataBytes", L"Template data",
+                   link.GetTemplateDataSize());
+        blockField(TQLINK_APPTEMPLATEDATA, "appTemplateDataBytes", L"Application template data",
+                   link.GetAppTemplateDataSize());
+        textField(TQLINK_CREATORAPPINFO, "creator", L"Creator", link.GetCreatorAppInfo());
+        textField(TQLINK_CREATORWNDCLASS, "creatorWindowClass", L"Creator window class",
+                  link.GetCreatorWndClassName());
+        blockField(TQLINK_PROJECTDATA, "projectDataBytes", L"Project data",
+                   link.GetProjectDataSize());
+        return json.Text();
     }
 
     // The entries of a LIST INFO (8-bit text) or UNFO (16-bit text).
@@ -234,6 +390,10 @@ bool Probe(const Options& options, const std::wstring& path, std::string& json)
         return false;
     }
     const WAVEFORMATEX* format = layout.Header();
+    BwfRecord bwf;
+    CTqLinkProjectInfo link;
+    bool linkFound = false;
+    LoadKernelMetadata(file.Get(), layout.container, bwf, link, linkFound);
     Report report(options);
     const std::wstring container =
         std::wstring(ContainerName(layout.container)) + (layout.aifc ? L" (AIFF-C)" : L"");
@@ -281,14 +441,15 @@ bool Probe(const Options& options, const std::wstring& path, std::string& json)
         }
         else if (riffList && (listType == kInfo || listType == kUnfo))
             entry.AddJson("items", report.Summary(chunk.data, listType == kUnfo));
-        else if (chunk.fourcc == kBext)
-            entry.AddJson("bext", report.Bext(chunk, format->nSamplesPerSec));
-        else if (chunk.fourcc == kIxml)
+        else if ((chunk.fourcc == RIFF_ID_BEXT || chunk.fourcc == RIFF_ID_BEXT_UPPER))
+            entry.AddJson("bext", report.Bext(bwf.chunk, format->nSamplesPerSec));
+        else if (chunk.fourcc == RIFF_ID_IXML)
             entry.AddJson("ixml", report.Ixml(chunk));
         else if (chunk.fourcc == kDisp)
             entry.AddJson("disp", report.Disp(chunk.data));
         chunks.push_back(entry.Text());
     }
+    const std::string linkJson = linkFound ? report.ProjectLink(link) : "null";
     std::vector<std::string> warnings;
     for (const std::wstring& warning : layout.warnings)
     {
@@ -310,6 +471,7 @@ bool Probe(const Options& options, const std::wstring& path, std::string& json)
                .AddNumber("dataBytes", layout.dataBytes)
                .AddNumber("declaredDataBytes", layout.declaredDataBytes)
                .AddJson("chunks", JsonArray(chunks))
+               .AddJson("projectLink", linkJson)
                .AddJson("damage", JsonArray(warnings))
                .Text();
     if (!options.json) wprintf(L"%ls", report.Text().c_str());

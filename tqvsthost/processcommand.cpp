@@ -3,14 +3,14 @@
 // input's container or the one the output's extension names.
 #include "processcommand.h"
 
-#include "bextchunk.h"
+#include "codinghistory.h"
 #include "hresulttext.h"
 #include "mediawriter.h"
 #include "pluginsession.h"
 #include "riff.h"
 #include "tqsamplecopy.h"
 #include "timetext.h"
-#include "wavefile.h"
+#include "wavstream.h"
 
 #include <shlwapi.h>
 

@@ -6,9 +6,7 @@
 #include "mediafile.h"
 #include "pluginsession.h"
 #include "riff.h"
-
-// The kernel's whole-file functions, by path: the host has a wavefile.h of its own.
-#include "../kernel/media/wavefile.h"
+#include "wavefile.h"
 
 #include <cstdio>
 #include <cstring>

@@ -8,7 +8,7 @@
 #include "options.h"
 #include "support/testpaths.h"
 #include "uniquehandle.h"
-#include "wavefile.h"
+#include "wavstream.h"
 
 #include <gtest/gtest.h>
 
@@ -1529,6 +1529,55 @@ TEST_F(HostMedia, ProbeDecodesTheMetadata)
         EXPECT_NE(json.output.find("\"container\": " + std::string(container)), std::string::npos)
             << container;
 #endif
+}
+
+// The project link a renderer left in a WAV file, and in its Wave64 copy, decoded field by
+// field; a file without one says so in JSON and not at all in text.
+TEST_F(HostMedia, ProbeDecodesTheProjectLink)
+{
+    const auto wide = [](const wchar_t* text) {
+        return std::string(reinterpret_cast<const char*>(text), (wcslen(text) + 1) * 2);
+    };
+    const GUID renderer = {0x12345678, 0x9ABC, 0xDEF0, {1, 2, 3, 4, 5, 6, 7, 8}};
+    const std::string generated = ReadBytes(m_input);
+    const size_t fmt = generated.find("fmt ");
+    const std::wstring input = m_folder.File(L"linked.wav");
+    WriteBytes(input, WavBytes({{"fmt ", generated.substr(fmt + 8, sizeof(PCMWAVEFORMAT))},
+                                {"splv", std::string("\0\0\0\1", 4)},
+                                {"splp", wide(L"C:\\Projects\\dawn \"final\".tqp")},
+                                {"sprg", std::string(reinterpret_cast<const char*>(&renderer), 16)},
+                                {"spcl", wide(L"")},
+                                {"srtd", std::string(5, '\x7F')},
+                                {"data", DataOf(generated)}}));
+    const std::wstring copy = m_folder.File(L"linked.w64");
+    const RunResult process =
+        RunHost(L"process " + Gain() + L" " + Quoted(input) + L" " + Quoted(copy));
+    ASSERT_EQ(process.exitCode, 0u) << process.output;
+
+    for (const std::wstring& file : {input, copy})
+    {
+        const RunResult text = RunHost(L"probe " + Quoted(file));
+        ASSERT_EQ(text.exitCode, 0u) << text.output;
+        const std::string expected = "  Project link\n"
+                                     "    Version: 0x01000000\n"
+                                     "    Project: C:\\Projects\\dawn \"final\".tqp\n"
+                                     "    Command line: \n"
+                                     "    Renderer: {12345678-9ABC-DEF0-0102-030405060708}\n"
+                                     "    Template data: 5 bytes\n";
+        EXPECT_NE(text.output.find(expected), std::string::npos) << text.output;
+    }
+
+    const RunResult json = RunHost(L"probe --json " + Quoted(input) + L" " + Quoted(m_input), true);
+    ASSERT_EQ(json.exitCode, 0u) << json.output;
+    EXPECT_TRUE(JsonCheck::Valid(json.output)) << json.output;
+    EXPECT_NE(json.output.find("\"projectLink\": {\"version\": 16777216, \"projectPath\": "
+                               "\"C:\\\\Projects\\\\dawn \\\"final\\\".tqp\", \"commandLine\": "
+                               "\"\", \"renderer\": \"{12345678-9ABC-DEF0-0102-030405060708}\", "
+                               "\"templateDataBytes\": 5}"),
+              std::string::npos)
+        << json.output;
+    EXPECT_NE(json.output.find("\"projectLink\": null"), std::string::npos) << json.output;
+    EXPECT_EQ(RunHost(L"probe " + Quoted(m_input)).output.find("Project link"), std::string::npos);
 }
 
 // A recording whose writer died: sizes never written, the data cut mid-frame.

@@ -1,5 +1,5 @@
 // Reading and writing WAV files: the chunks through the RIFF layer, the samples in blocks.
-#include "wavefile.h"
+#include "wavstream.h"
 
 #include "riff.h"
 #include "tqwaveformat.h"
