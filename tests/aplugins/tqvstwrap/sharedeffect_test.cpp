@@ -117,16 +117,19 @@ Outcome Run(ITqVstEffect* effect, std::vector<BYTE>& input, UINT32 channels, UIN
     return outcome;
 }
 
-void SharedMatchesInProcessAndPlainCalls(int location, const std::wstring& plugin)
+// file is a test plug-in's file name, taken from the server's own bitness.
+void SharedMatchesInProcessAndPlainCalls(int location, const wchar_t* file)
 {
+    const std::wstring plugin =
+        location == kTqVstServer32 ? tqtest::Plugin32Path(file) : PluginPath(file);
     Factory inProcess(kTqVstInProcess);
-    Factory shared(location);
-    Factory plain(location | kTqVstPlainProxy);
+    Factory shared(location | kTqVstSharedBlocks);
+    Factory plain(location);
     ASSERT_EQ(shared.Result(), S_OK);
     ASSERT_EQ(plain.Result(), S_OK);
     // Half gain, so the plug-in changes every sample.
-    tq::ComPtr<ITqVstEffect> effects[] = {inProcess.Create(PluginPath(L"tqgain.dll")),
-                                          shared.Create(plugin), plain.Create(plugin)};
+    tq::ComPtr<ITqVstEffect> effects[] = {inProcess.Create(PluginPath(file)), shared.Create(plugin),
+                                          plain.Create(plugin)};
     for (auto& effect : effects)
     {
         ASSERT_TRUE(effect);
@@ -182,13 +185,21 @@ void SharedMatchesInProcessAndPlainCalls(int location, const std::wstring& plugi
 
 TEST_F(SharedBlocks, MatchInProcessAndPlainCallsForEveryTypeLayoutAndSize)
 {
-    SharedMatchesInProcessAndPlainCalls(kTqVstServer, PluginPath(L"tqgain.dll"));
+    for (const wchar_t* file : {L"tqgain.dll", L"tqgain3.vst3"})
+    {
+        SCOPED_TRACE(testing::Message() << file);
+        SharedMatchesInProcessAndPlainCalls(kTqVstServer, file);
+    }
 }
 
 TEST_F(SharedBlocks, MatchInProcessAndPlainCallsThroughThe32BitServer)
 {
     if (!tqtest::Have32BitServer()) GTEST_SKIP() << "no 32-bit server here";
-    SharedMatchesInProcessAndPlainCalls(kTqVstServer32, tqtest::Plugin32Path(L"tqgain.dll"));
+    for (const wchar_t* file : {L"tqgain.dll", L"tqgain3.vst3"})
+    {
+        SCOPED_TRACE(testing::Message() << file);
+        SharedMatchesInProcessAndPlainCalls(kTqVstServer32, file);
+    }
 }
 
 // The master's calls other than the per-block time questions, in order.
@@ -219,7 +230,7 @@ DWORD WINAPI ProcessOnThread(void* context)
 TEST_F(SharedBlocks, TimeTempoAndCallbacksOfABlockAreTheHostsFromAnyThread)
 {
     Factory inProcess(kTqVstInProcess);
-    Factory shared(kTqVstServer);
+    Factory shared(kTqVstServer | kTqVstSharedBlocks);
     const std::wstring plugin = PluginPath(L"callbacks_in_process.dll");
     tq::ComPtr<ITqVstEffect> reference = inProcess.Create(plugin);
     tq::ComPtr<ITqVstEffect> effect = shared.Create(plugin);
@@ -289,7 +300,7 @@ TEST_F(SharedBlocks, AServerStuckInABlockIsEndedAfterTheTimeoutAndTheEffectFails
     constexpr DWORD kTimeoutMs = 500;
     SetVstProcessTimeout(kTimeoutMs);
     {
-        Factory shared(kTqVstServer);
+        Factory shared(kTqVstServer | kTqVstSharedBlocks);
         tq::ComPtr<ITqVstEffect> effect = shared.Create(PluginPath(L"hang_in_process.dll"));
         ASSERT_TRUE(effect);
         ASSERT_EQ(effect->SetSampleType(TQSAMPLE_FLOAT32), S_OK);
@@ -318,7 +329,7 @@ TEST_F(SharedBlocks, AServerStuckInAnyOtherCallIsEndedToo)
     // Other calls wait five times the block's bound.
     SetVstProcessTimeout(200);
     {
-        Factory shared(kTqVstServer);
+        Factory shared(kTqVstServer | kTqVstSharedBlocks);
         tq::ComPtr<ITqVstEffect> effect = shared.Create(PluginPath(L"hang_in_setparameter.dll"));
         ASSERT_TRUE(effect);
         const double start = Now();
@@ -350,7 +361,7 @@ DWORD WINAPI KillLater(void* context)
 
 TEST_F(SharedBlocks, AServerThatEndsDuringABlockGivesAnRpcError)
 {
-    Factory shared(kTqVstServer);
+    Factory shared(kTqVstServer | kTqVstSharedBlocks);
     tq::ComPtr<ITqVstEffect> effect = shared.Create(PluginPath(L"hang_in_process.dll"));
     ASSERT_TRUE(effect);
     ASSERT_EQ(effect->SetSampleType(TQSAMPLE_FLOAT32), S_OK);
@@ -500,10 +511,11 @@ struct Usage
 // block and lets it all go: nothing of it may stay behind in either process.
 TEST_F(SharedBlocks, CreateProcessReleaseCyclesLeaveHostAndServerFlat)
 {
-    int cycles = 10000;
+    // The test run makes 500; a soak run sets TQ_SHARED_CYCLES=10000.
+    int cycles = 500;
     if (const char* text = std::getenv("TQ_SHARED_CYCLES")) cycles = std::atoi(text);
     const int stretch = std::max(1, cycles / 10);
-    Factory shared(kTqVstServer);
+    Factory shared(kTqVstServer | kTqVstSharedBlocks);
     ASSERT_EQ(shared.Result(), S_OK);
     tq::UniqueHandle server(
         OpenProcess(PROCESS_QUERY_INFORMATION | PROCESS_VM_READ, FALSE, shared.ServerPid()));
