@@ -1,0 +1,191 @@
+// SSE2 variants of the copy functions between singles and 24-bit samples, packed in three bytes
+// or unpacked in a 32-bit word. Built with SSE2 code generation, so nothing here may be reached
+// without the lookup's processor check.
+//
+// They follow the scalar rule step for step, so the results are the same bits: the product is
+// formed in double (in single first where the scalar row does that), clamped before rounding
+// with a NaN passing the clamp untouched, and rounded by adding the rounding constant in the
+// caller's rounding mode, the integer being the low word of the sum. The control word is left
+// alone. Loads and stores are unaligned, and every step loads before it stores, walking in the
+// direction the scalar row walks, so a copy in place works too.
+#include "tqsamplecopy_sse2.h"
+
+#include <emmintrin.h>
+#include <stdint.h>
+
+#include "tqsamplecodec.h"
+#include "tqsamplecopy.h"
+
+namespace tq::audio {
+namespace {
+
+constexpr long kBlock = 16; // samples of one step
+
+struct Narrowing
+{
+    __m128 singleGain; // applied in single first, or 1.0
+    __m128d factor;
+    __m128d lowest;
+    __m128d highest;
+    __m128d rounding;
+};
+
+Narrowing MakeNarrowing(float singleGain, double factor)
+{
+    return {_mm_set1_ps(singleGain), _mm_set1_pd(factor), _mm_set1_pd(-8388608.0),
+            _mm_set1_pd(8388607.0), _mm_set1_pd(kRoundingConstant)};
+}
+
+// Two doubles clamped and rounded; the integers are in the low words of the result's lanes.
+inline __m128d ClampRound(__m128d v, const Narrowing& n)
+{
+    // Operand order matters: the second operand comes back when either is a NaN.
+    v = _mm_min_pd(n.highest, _mm_max_pd(n.lowest, v));
+    return _mm_add_pd(v, n.rounding);
+}
+
+// Four singles to four rounded 32-bit integers.
+inline __m128i RoundFour(const float* s, const Narrowing& n, bool singleProduct)
+{
+    __m128 x = _mm_loadu_ps(s);
+    if (singleProduct) x = _mm_mul_ps(x, n.singleGain);
+    const __m128d lo = ClampRound(_mm_mul_pd(_mm_cvtps_pd(x), n.factor), n);
+    const __m128d hi = ClampRound(_mm_mul_pd(_mm_cvtps_pd(_mm_movehl_ps(x, x)), n.factor), n);
+    return _mm_castps_si128(
+        _mm_shuffle_ps(_mm_castpd_ps(lo), _mm_castpd_ps(hi), _MM_SHUFFLE(2, 0, 2, 0)));
+}
+
+// Holds the words to the 24-bit range (only a NaN's payload can lie outside it) and packs them
+// into the low 12 bytes, the rest zero.
+inline __m128i PackFour(__m128i v)
+{
+    const __m128i lowest = _mm_set1_epi32(-8388608);
+    const __m128i highest = _mm_set1_epi32(8388607);
+    const __m128i below = _mm_cmplt_epi32(v, lowest);
+    v = _mm_or_si128(_mm_andnot_si128(below, v), _mm_and_si128(below, lowest));
+    const __m128i above = _mm_cmpgt_epi32(v, highest);
+    v = _mm_or_si128(_mm_andnot_si128(above, v), _mm_and_si128(above, highest));
+    // In each 64-bit lane the odd word moves down next to the even one: 6 bytes a lane.
+    const __m128i even = _mm_and_si128(v, _mm_set_epi32(0, 0xFFFFFF, 0, 0xFFFFFF));
+    const __m128i odd =
+        _mm_and_si128(_mm_srli_epi64(v, 8), _mm_set_epi32(0xFFFF, -16777216, 0xFFFF, -16777216));
+    const __m128i lanes = _mm_or_si128(even, odd);
+    const __m128i mask48 = _mm_set_epi32(0, 0, 0xFFFF, -1);
+    return _mm_or_si128(_mm_and_si128(lanes, mask48), _mm_slli_si128(_mm_srli_si128(lanes, 8), 6));
+}
+
+// Four packed samples from the low 12 bytes of x, sign-extended to 32 bits.
+inline __m128i UnpackFour(__m128i x)
+{
+    const __m128i lanes = _mm_unpacklo_epi64(x, _mm_srli_si128(x, 6));
+    const __m128i first = _mm_and_si128(_mm_slli_epi64(lanes, 8), _mm_set_epi32(0, -256, 0, -256));
+    const __m128i second =
+        _mm_and_si128(_mm_slli_epi64(lanes, 16), _mm_set_epi32(-256, 0, -256, 0));
+    return _mm_srai_epi32(_mm_or_si128(first, second), 8);
+}
+
+// Four 32-bit integers times factor, rounded to single.
+inline __m128 WidenFour(__m128i v, __m128d factor)
+{
+    const __m128 lo = _mm_cvtpd_ps(_mm_mul_pd(_mm_cvtepi32_pd(v), factor));
+    const __m128 hi = _mm_cvtpd_ps(_mm_mul_pd(_mm_cvtepi32_pd(_mm_srli_si128(v, 8)), factor));
+    return _mm_movelh_ps(lo, hi);
+}
+
+void NarrowToPacked(Byte* d, const float* s, long blocks, const Narrowing& n)
+{
+    for (; blocks > 0; --blocks, s += kBlock, d += 3 * kBlock)
+    {
+        const __m128i a = PackFour(RoundFour(s, n, false));
+        const __m128i b = PackFour(RoundFour(s + 4, n, false));
+        const __m128i c = PackFour(RoundFour(s + 8, n, false));
+        const __m128i e = PackFour(RoundFour(s + 12, n, false));
+        _mm_storeu_si128(reinterpret_cast<__m128i*>(d), _mm_or_si128(a, _mm_slli_si128(b, 12)));
+        _mm_storeu_si128(reinterpret_cast<__m128i*>(d + 16),
+                         _mm_or_si128(_mm_srli_si128(b, 4), _mm_slli_si128(c, 8)));
+        _mm_storeu_si128(reinterpret_cast<__m128i*>(d + 32),
+                         _mm_or_si128(_mm_srli_si128(c, 8), _mm_slli_si128(e, 4)));
+    }
+}
+
+} // namespace
+
+void CopyFloat32ToPcm24Sse2(void* dst, const void* src, long count, float gain)
+{
+    if (count <= 0) return;
+    const long blocks = count / kBlock;
+    auto* d = static_cast<Byte*>(dst);
+    auto* s = static_cast<const float*>(src);
+    NarrowToPacked(d, s, blocks, MakeNarrowing(1.0f, static_cast<double>(gain) * 8388608.0));
+    const long done = blocks * kBlock;
+    ScalarCopyFunction(TQSAMPLE_PCM24, TQSAMPLE_FLOAT32)(d + 3 * done, s + done, count - done,
+                                                         gain);
+}
+
+// This row forms gain times the sample in single precision before it scales.
+void CopyFloat32ToUnpacked24Sse2(void* dst, const void* src, long count, float gain)
+{
+    if (count <= 0) return;
+    const Narrowing n = MakeNarrowing(gain, 8388608.0);
+    auto* d = static_cast<int32_t*>(dst);
+    auto* s = static_cast<const float*>(src);
+    long left = count;
+    for (; left >= 8; left -= 8, s += 8, d += 8)
+    {
+        const __m128i a = RoundFour(s, n, true);
+        const __m128i b = RoundFour(s + 4, n, true);
+        _mm_storeu_si128(reinterpret_cast<__m128i*>(d), a);
+        _mm_storeu_si128(reinterpret_cast<__m128i*>(d + 4), b);
+    }
+    ScalarCopyFunction(TQSAMPLE_UNPACKED24, TQSAMPLE_FLOAT32)(d, s, left, gain);
+}
+
+// Widening, so it runs backwards like the scalar row: the tail first, then blocks downwards.
+void CopyPcm24ToFloat32Sse2(void* dst, const void* src, long count, float gain)
+{
+    if (count <= 0) return;
+    const long blocks = count / kBlock;
+    const long done = blocks * kBlock;
+    auto* d = static_cast<float*>(dst);
+    auto* s = static_cast<const Byte*>(src);
+    ScalarCopyFunction(TQSAMPLE_FLOAT32, TQSAMPLE_PCM24)(d + done, s + 3 * done, count - done,
+                                                         gain);
+    const __m128d factor = _mm_set1_pd(static_cast<double>(gain) * 1.1920928955078125e-7);
+    for (long i = done - kBlock; i >= 0; i -= kBlock)
+    {
+        const Byte* p = s + 3 * i;
+        const __m128i x = _mm_loadu_si128(reinterpret_cast<const __m128i*>(p));
+        const __m128i y = _mm_loadu_si128(reinterpret_cast<const __m128i*>(p + 16));
+        const __m128i z = _mm_loadu_si128(reinterpret_cast<const __m128i*>(p + 32));
+        const __m128 a = WidenFour(UnpackFour(x), factor);
+        const __m128 b = WidenFour(
+            UnpackFour(_mm_or_si128(_mm_srli_si128(x, 12), _mm_slli_si128(y, 4))), factor);
+        const __m128 c =
+            WidenFour(UnpackFour(_mm_or_si128(_mm_srli_si128(y, 8), _mm_slli_si128(z, 8))), factor);
+        const __m128 e = WidenFour(UnpackFour(_mm_srli_si128(z, 4)), factor);
+        _mm_storeu_ps(d + i, a);
+        _mm_storeu_ps(d + i + 4, b);
+        _mm_storeu_ps(d + i + 8, c);
+        _mm_storeu_ps(d + i + 12, e);
+    }
+}
+
+// The word is taken whole, as the scalar row takes it: a value beyond 24 bits stays beyond.
+void CopyUnpacked24ToFloat32Sse2(void* dst, const void* src, long count, float gain)
+{
+    if (count <= 0) return;
+    const __m128d factor = _mm_set1_pd(static_cast<double>(gain) * 1.1920928955078125e-7);
+    auto* d = static_cast<float*>(dst);
+    auto* s = static_cast<const int32_t*>(src);
+    long left = count;
+    for (; left >= 8; left -= 8, s += 8, d += 8)
+    {
+        const __m128i a = _mm_loadu_si128(reinterpret_cast<const __m128i*>(s));
+        const __m128i b = _mm_loadu_si128(reinterpret_cast<const __m128i*>(s + 4));
+        _mm_storeu_ps(d, WidenFour(a, factor));
+        _mm_storeu_ps(d + 4, WidenFour(b, factor));
+    }
+    ScalarCopyFunction(TQSAMPLE_FLOAT32, TQSAMPLE_UNPACKED24)(d, s, left, gain);
+}
+
+} // namespace tq::audio
