@@ -1,9 +1,12 @@
-// SSE2 interleavers into 16-bit from 32-bit integers, singles and unpacked 24-bit words. Built
+// SSE2 interleavers into 16-bit from 32-bit integers, singles and unpacked 24-bit words, and the
+// de-interleaver from 16-bit pairs to singles. Built
 // with SSE2 code generation, so nothing here may be reached without the lookup's processor check.
 #include "tqinterleave_sse2.h"
 
 #include <emmintrin.h>
 #include <stdint.h>
+
+#include "tqinterleave.h"
 
 namespace tq::audio {
 namespace {
@@ -77,6 +80,32 @@ void InterleaveUnpacked24ToPcm16Sse2(void* dst, const void* srcLeft, const void*
 {
     InterleaveGroups<int32_t, WidenWords>(dst, srcLeft, srcRight, frames,
                                           1.1920928955078125e-7 * 32768.0);
+}
+
+// Each 32-bit lane holds a left sample low and a right one high; shifts with sign split them.
+void DeInterleavePcm16ToFloat32Sse2(void* dstLeft, void* dstRight, const void* src, long frames)
+{
+    auto* l = static_cast<float*>(dstLeft);
+    auto* r = static_cast<float*>(dstRight);
+    auto* s = static_cast<const int16_t*>(src);
+    const __m128 unit = _mm_set1_ps(3.0517578125e-5f);
+    auto left = [&](__m128i pairs) {
+        return _mm_mul_ps(_mm_cvtepi32_ps(_mm_srai_epi32(_mm_slli_epi32(pairs, 16), 16)), unit);
+    };
+    auto right = [&](__m128i pairs) {
+        return _mm_mul_ps(_mm_cvtepi32_ps(_mm_srai_epi32(pairs, 16)), unit);
+    };
+    long rest = frames;
+    for (; rest >= 8; rest -= 8, s += 16, l += 8, r += 8)
+    {
+        const __m128i a = _mm_loadu_si128(reinterpret_cast<const __m128i*>(s));
+        const __m128i b = _mm_loadu_si128(reinterpret_cast<const __m128i*>(s + 8));
+        _mm_storeu_ps(l, left(a));
+        _mm_storeu_ps(l + 4, left(b));
+        _mm_storeu_ps(r, right(a));
+        _mm_storeu_ps(r + 4, right(b));
+    }
+    if (rest > 0) ScalarStereoDeInterleaveFunction(TQSAMPLE_FLOAT32, TQSAMPLE_PCM16)(l, r, s, rest);
 }
 
 } // namespace tq::audio

@@ -1,4 +1,4 @@
-// SSE2 interleavers into 16-bit; the lookup hands them out when the processor allows.
+// SSE2 stereo functions; the lookup hands them out when the processor allows.
 #pragma once
 
 namespace tq::audio {
@@ -11,5 +11,9 @@ void InterleaveFloat32ToPcm16Sse2(void* dst, const void* srcLeft, const void* sr
                                   long frames);
 void InterleaveUnpacked24ToPcm16Sse2(void* dst, const void* srcLeft, const void* srcRight,
                                      long frames);
+
+// De-interleaves 16-bit pairs into single planes, every frame; exact, so identical to the scalar
+// function.
+void DeInterleavePcm16ToFloat32Sse2(void* dstLeft, void* dstRight, const void* src, long frames);
 
 } // namespace tq::audio
