@@ -151,6 +151,8 @@ int wmain(int argc, wchar_t** argv)
         BlockRow("i16->f32", TQSAMPLE_FLOAT32, TQSAMPLE_PCM16, samples),
         BlockRow("f32->i24", TQSAMPLE_PCM24, TQSAMPLE_FLOAT32, samples),
         BlockRow("i24->f32", TQSAMPLE_FLOAT32, TQSAMPLE_PCM24, samples),
+        BlockRow("f32->u24", TQSAMPLE_UNPACKED24, TQSAMPLE_FLOAT32, samples),
+        BlockRow("u24->f32", TQSAMPLE_FLOAT32, TQSAMPLE_UNPACKED24, samples),
         BlockRow("f32->f64", TQSAMPLE_FLOAT64, TQSAMPLE_FLOAT32, samples),
         BlockRow("f64->f32", TQSAMPLE_FLOAT32, TQSAMPLE_FLOAT64, samples),
     };
