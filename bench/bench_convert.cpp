@@ -175,7 +175,7 @@ int wmain(int argc, wchar_t** argv)
     {
         const double ratio = row.figures.convert / row.figures.memcpy;
         wprintf(L"%-16hs %8ls %12.0f %12.0f %7.2f\n", row.name,
-                row.vectorised ? L"SSE2" : L"scalar", row.figures.convert, row.figures.memcpy,
+                row.vectorised ? L"vector" : L"scalar", row.figures.convert, row.figures.memcpy,
                 ratio);
         if (!row.vectorised) continue;
         double& lowest = strncmp(row.name, "stereo", 6) == 0 ? lowestStereo : lowestBlock;

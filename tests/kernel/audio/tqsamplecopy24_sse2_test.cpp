@@ -79,6 +79,17 @@ protected:
         return out;
     }
 
+    // The row's vector forms: the one chosen, and the SSE2 one where SSSE3 is chosen first.
+    std::vector<TQAUDIO_COPYFUNC> Variants()
+    {
+        std::vector<TQAUDIO_COPYFUNC> variants = {m_vector};
+        TqDisallowCPUSupport(TQCPU_SSSE3);
+        const TQAUDIO_COPYFUNC sse2 = TqAudio_GetCopyFunction2(GetParam().dst, GetParam().src);
+        TqAllowCPUSupport(TQCPU_SSSE3);
+        if (sse2 != m_vector) variants.push_back(sse2);
+        return variants;
+    }
+
     TQAUDIO_COPYFUNC m_vector = nullptr;
     TQAUDIO_COPYFUNC m_scalar = nullptr;
     size_t m_dstSize = 0;
@@ -99,44 +110,46 @@ TEST_P(Sse2Rows24, SameBytesAsScalar)
 {
     Noise noise;
     constexpr size_t kGuard = 32;
-    for (long count : {1L, 7L, 8L, 15L, 16L, 17L, 31L, 33L, 100L, 1027L})
-    {
-        for (size_t offset : {0u, 1u, 2u, 3u})
+    for (TQAUDIO_COPYFUNC vector : Variants())
+        for (long count : {1L, 7L, 8L, 15L, 16L, 17L, 31L, 33L, 100L, 1027L})
         {
-            const Bytes samples = Source(count, noise);
-            Bytes src(offset);
-            src.insert(src.end(), samples.begin(), samples.end());
-            for (float gain : {1.0f, 0.5f, 0.3f, 7.0f, -1.0f})
+            for (size_t offset : {0u, 1u, 2u, 3u})
             {
-                Bytes a(offset + count * m_dstSize + kGuard, 0xA5);
-                Bytes b = a;
-                m_vector(a.data() + offset, src.data() + offset, count, gain);
-                m_scalar(b.data() + offset, src.data() + offset, count, gain);
-                ASSERT_EQ(Hex(a), Hex(b))
-                    << count << " samples at +" << offset << ", gain " << gain;
+                const Bytes samples = Source(count, noise);
+                Bytes src(offset);
+                src.insert(src.end(), samples.begin(), samples.end());
+                for (float gain : {1.0f, 0.5f, 0.3f, 7.0f, -1.0f})
+                {
+                    Bytes a(offset + count * m_dstSize + kGuard, 0xA5);
+                    Bytes b = a;
+                    vector(a.data() + offset, src.data() + offset, count, gain);
+                    m_scalar(b.data() + offset, src.data() + offset, count, gain);
+                    ASSERT_EQ(Hex(a), Hex(b))
+                        << count << " samples at +" << offset << ", gain " << gain;
+                }
             }
         }
-    }
 }
 
 // In place the rows walk as the scalar rows do, so a shared buffer ends as a separate one would.
 TEST_P(Sse2Rows24, InPlace)
 {
     Noise noise;
-    for (long count : {16L, 49L, 1000L})
-    {
-        const Bytes samples = Source(count, noise);
-        for (float gain : {1.0f, 0.3f})
+    for (TQAUDIO_COPYFUNC vector : Variants())
+        for (long count : {16L, 49L, 1000L})
         {
-            Bytes expected(count * m_dstSize);
-            m_scalar(expected.data(), samples.data(), count, gain);
-            Bytes shared = samples;
-            shared.resize(count * std::max(m_dstSize, m_srcSize));
-            m_vector(shared.data(), shared.data(), count, gain);
-            shared.resize(count * m_dstSize);
-            ASSERT_EQ(Hex(shared), Hex(expected)) << count << ", gain " << gain;
+            const Bytes samples = Source(count, noise);
+            for (float gain : {1.0f, 0.3f})
+            {
+                Bytes expected(count * m_dstSize);
+                m_scalar(expected.data(), samples.data(), count, gain);
+                Bytes shared = samples;
+                shared.resize(count * std::max(m_dstSize, m_srcSize));
+                vector(shared.data(), shared.data(), count, gain);
+                shared.resize(count * m_dstSize);
+                ASSERT_EQ(Hex(shared), Hex(expected)) << count << ", gain " << gain;
+            }
         }
-    }
 }
 
 INSTANTIATE_TEST_SUITE_P(Rows, Sse2Rows24, ::testing::ValuesIn(kPairs));
