@@ -17,16 +17,6 @@ struct FourFrames
     __m128d f0, f1, f2, f3;
 };
 
-inline FourFrames WidenSingles(const float* left, const float* right)
-{
-    const __m128 l = _mm_loadu_ps(left);
-    const __m128 r = _mm_loadu_ps(right);
-    const __m128 lo = _mm_unpacklo_ps(l, r); // l0 r0 l1 r1
-    const __m128 hi = _mm_unpackhi_ps(l, r); // l2 r2 l3 r3
-    return {_mm_cvtps_pd(lo), _mm_cvtps_pd(_mm_movehl_ps(lo, lo)), _mm_cvtps_pd(hi),
-            _mm_cvtps_pd(_mm_movehl_ps(hi, hi))};
-}
-
 inline FourFrames WidenWords(const int32_t* left, const int32_t* right)
 {
     const __m128i l = _mm_loadu_si128(reinterpret_cast<const __m128i*>(left));
@@ -62,9 +52,30 @@ void InterleaveGroups(void* dst, const void* srcLeft, const void* srcRight, long
 
 } // namespace
 
+// Scaling a single by 32768 is exact, so clamping and converting in single rounds where the rule
+// does, at twice the width of doubles. Only the upper bound needs a clamp: beyond the lower one
+// the conversion gives a negative value (the integer-indefinite one far out) that saturates to
+// -32768, the bound. A NaN becomes 0, the low 16 bits of its integer under the rule.
 void InterleaveFloat32ToPcm16Sse2(void* dst, const void* srcLeft, const void* srcRight, long frames)
 {
-    InterleaveGroups<float, WidenSingles>(dst, srcLeft, srcRight, frames, 32768.0);
+    auto* d = static_cast<int16_t*>(dst);
+    auto* l = static_cast<const float*>(srcLeft);
+    auto* r = static_cast<const float*>(srcRight);
+    const __m128 scale = _mm_set1_ps(32768.0f);
+    const __m128 highest = _mm_set1_ps(32767.0f);
+    auto convert = [&](__m128 pairs) {
+        const __m128 x = _mm_mul_ps(pairs, scale);
+        // The NaN-passing operand order, then NaN lanes cleared.
+        return _mm_cvtps_epi32(_mm_and_ps(_mm_min_ps(highest, x), _mm_cmpord_ps(x, x)));
+    };
+    for (long groups = frames / 4; groups > 0; --groups, d += 8, l += 4, r += 4)
+    {
+        const __m128 left = _mm_loadu_ps(l);
+        const __m128 right = _mm_loadu_ps(r);
+        const __m128i lo = convert(_mm_unpacklo_ps(left, right));
+        const __m128i hi = convert(_mm_unpackhi_ps(left, right));
+        _mm_storeu_si128(reinterpret_cast<__m128i*>(d), _mm_packs_epi32(lo, hi));
+    }
 }
 
 // The unit of the source times the 16-bit scale: both powers of two, so one exact factor.

@@ -6,6 +6,8 @@
 
 #include <string.h>
 
+#include <limits>
+
 #include <vector>
 
 #include "sampleencodings.h"
@@ -294,6 +296,23 @@ TEST_F(Sse2Interleavers, MatchTheScalarEntriesOnWholeGroups)
                                                                        right.data(), frames);
         EXPECT_EQ(scalar, vector);
     }
+}
+
+// Far beyond full scale, at the infinities and for NaNs the float interleaver still follows the
+// rule: clamped to the bounds, a NaN to 0.
+TEST_F(Sse2Interleavers, FloatInterleaverClampsLikeTheScalarEntry)
+{
+    const float inf = std::numeric_limits<float>::infinity();
+    const float nan = std::numeric_limits<float>::quiet_NaN();
+    const float left[8] = {1e30f, -1e30f, inf, -inf, nan, -nan, 1.0f, -1.00002f};
+    const float right[8] = {
+        32767.4f / 32768, -32768.6f / 32768, 3e9f, -3e9f, nan, 2.5f / 32768, -1.0f, 1.00002f};
+    std::vector<short> vector(16), scalar(16);
+    TqAudio_GetStereoInterleaveFunction(TQSAMPLE_PCM16, TQSAMPLE_FLOAT32)(vector.data(), left,
+                                                                          right, 8);
+    tq::audio::ScalarStereoInterleaveFunction(TQSAMPLE_PCM16, TQSAMPLE_FLOAT32)(scalar.data(), left,
+                                                                                right, 8);
+    EXPECT_EQ(scalar, vector);
 }
 
 TEST_F(Sse2Interleavers, LeaveFramesBeyondTheLastGroupUnwritten)
