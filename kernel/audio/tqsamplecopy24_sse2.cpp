@@ -169,6 +169,30 @@ void NarrowToPackedAtUnity(Byte* d, const float* s, long blocks)
     }
 }
 
+template <bool SingleProduct>
+void NarrowToUnpacked(int32_t* d, const float* s, long count, float gain)
+{
+    const SingleNarrowing n = MakeSingleNarrowing(gain);
+    const TQAUDIO_COPYFUNC scalar = ScalarCopyFunction(TQSAMPLE_UNPACKED24, TQSAMPLE_FLOAT32);
+    for (; count > 0; count -= 16, s += 16, d += 16)
+    {
+        __m128 nan = _mm_setzero_ps();
+        const __m128i a = RoundFourSingle(s, n, SingleProduct, nan);
+        const __m128i b = RoundFourSingle(s + 4, n, SingleProduct, nan);
+        const __m128i c = RoundFourSingle(s + 8, n, SingleProduct, nan);
+        const __m128i e = RoundFourSingle(s + 12, n, SingleProduct, nan);
+        if (_mm_movemask_ps(nan))
+        {
+            scalar(d, s, 16, gain);
+            continue;
+        }
+        _mm_storeu_si128(reinterpret_cast<__m128i*>(d), a);
+        _mm_storeu_si128(reinterpret_cast<__m128i*>(d + 4), b);
+        _mm_storeu_si128(reinterpret_cast<__m128i*>(d + 8), c);
+        _mm_storeu_si128(reinterpret_cast<__m128i*>(d + 12), e);
+    }
+}
+
 void NarrowToPacked(Byte* d, const float* s, long blocks, const Narrowing& n)
 {
     for (; blocks > 0; --blocks, s += kBlock, d += 3 * kBlock)
@@ -202,25 +226,16 @@ void CopyFloat32ToPcm24Sse2(void* dst, const void* src, long count, float gain)
 void CopyFloat32ToUnpacked24Sse2(void* dst, const void* src, long count, float gain)
 {
     if (count <= 0) return;
-    const SingleNarrowing n = MakeSingleNarrowing(gain);
-    const TQAUDIO_COPYFUNC scalar = ScalarCopyFunction(TQSAMPLE_UNPACKED24, TQSAMPLE_FLOAT32);
     auto* d = static_cast<int32_t*>(dst);
     auto* s = static_cast<const float*>(src);
-    long left = count;
-    for (; left >= 8; left -= 8, s += 8, d += 8)
-    {
-        __m128 nan = _mm_setzero_ps();
-        const __m128i a = RoundFourSingle(s, n, true, nan);
-        const __m128i b = RoundFourSingle(s + 4, n, true, nan);
-        if (_mm_movemask_ps(nan))
-        {
-            scalar(d, s, 8, gain);
-            continue;
-        }
-        _mm_storeu_si128(reinterpret_cast<__m128i*>(d), a);
-        _mm_storeu_si128(reinterpret_cast<__m128i*>(d + 4), b);
-    }
-    scalar(d, s, left, gain);
+    const long done = count / 16 * 16;
+    // At gain 1.0 the single product is the sample itself.
+    if (gain == 1.0f)
+        NarrowToUnpacked<false>(d, s, done, gain);
+    else
+        NarrowToUnpacked<true>(d, s, done, gain);
+    ScalarCopyFunction(TQSAMPLE_UNPACKED24, TQSAMPLE_FLOAT32)(d + done, s + done, count - done,
+                                                              gain);
 }
 
 // Widening, so it runs backwards like the scalar row: the tail first, then blocks downwards.
@@ -277,7 +292,7 @@ void CopyUnpacked24ToFloat32Sse2(void* dst, const void* src, long count, float g
 
 TQ_SSSE3 void CopyFloat32ToPcm24Ssse3(void* dst, const void* src, long count, float gain)
 {
-    if (gain != 1.0f || count < kBlock)
+    if (gain != 1.0f || count < kBlock + 2)
     {
         CopyFloat32ToPcm24Sse2(dst, src, count, gain);
         return;
@@ -287,8 +302,11 @@ TQ_SSSE3 void CopyFloat32ToPcm24Ssse3(void* dst, const void* src, long count, fl
     const __m128i pack = _mm_setr_epi8(0, 1, 2, 4, 5, 6, 8, 9, 10, 12, 13, 14, -1, -1, -1, -1);
     auto* d = static_cast<Byte*>(dst);
     auto* s = static_cast<const float*>(src);
+    auto put = [](Byte* p, __m128i v) { _mm_storeu_si128(reinterpret_cast<__m128i*>(p), v); };
+    // Each store writes 12 bytes of samples and 4 that the next store or step overwrites, so a
+    // step runs only while two more samples follow it.
     long left = count;
-    for (; left >= kBlock; left -= kBlock, s += kBlock, d += 3 * kBlock)
+    for (; left >= kBlock + 2; left -= kBlock, s += kBlock, d += 3 * kBlock)
     {
         __m128 nan = _mm_setzero_ps();
         const __m128i a = RoundFourSingle(s, n, false, nan);
@@ -296,10 +314,14 @@ TQ_SSSE3 void CopyFloat32ToPcm24Ssse3(void* dst, const void* src, long count, fl
         const __m128i c = RoundFourSingle(s + 8, n, false, nan);
         const __m128i e = RoundFourSingle(s + 12, n, false, nan);
         if (_mm_movemask_ps(nan))
+        {
             scalar(d, s, kBlock, 1.0f);
-        else
-            StorePackedBlock(d, _mm_shuffle_epi8(a, pack), _mm_shuffle_epi8(b, pack),
-                             _mm_shuffle_epi8(c, pack), _mm_shuffle_epi8(e, pack));
+            continue;
+        }
+        put(d, _mm_shuffle_epi8(a, pack));
+        put(d + 12, _mm_shuffle_epi8(b, pack));
+        put(d + 24, _mm_shuffle_epi8(c, pack));
+        put(d + 36, _mm_shuffle_epi8(e, pack));
     }
     scalar(d, s, left, 1.0f);
 }

@@ -111,7 +111,7 @@ TEST_P(Sse2Rows24, SameBytesAsScalar)
     Noise noise;
     constexpr size_t kGuard = 32;
     for (TQAUDIO_COPYFUNC vector : Variants())
-        for (long count : {1L, 7L, 8L, 15L, 16L, 17L, 31L, 33L, 100L, 1027L})
+        for (long count : {1L, 7L, 8L, 15L, 16L, 17L, 18L, 31L, 33L, 100L, 1027L})
         {
             for (size_t offset : {0u, 1u, 2u, 3u})
             {
