@@ -151,6 +151,8 @@ int wmain(int argc, wchar_t** argv)
         BlockRow("i16->f32", TQSAMPLE_FLOAT32, TQSAMPLE_PCM16, samples),
         BlockRow("f32->i24", TQSAMPLE_PCM24, TQSAMPLE_FLOAT32, samples),
         BlockRow("i24->f32", TQSAMPLE_FLOAT32, TQSAMPLE_PCM24, samples),
+        BlockRow("f32->u24", TQSAMPLE_UNPACKED24, TQSAMPLE_FLOAT32, samples),
+        BlockRow("u24->f32", TQSAMPLE_FLOAT32, TQSAMPLE_UNPACKED24, samples),
         BlockRow("f32->f64", TQSAMPLE_FLOAT64, TQSAMPLE_FLOAT32, samples),
         BlockRow("f64->f32", TQSAMPLE_FLOAT32, TQSAMPLE_FLOAT64, samples),
     };
@@ -173,7 +175,7 @@ int wmain(int argc, wchar_t** argv)
     {
         const double ratio = row.figures.convert / row.figures.memcpy;
         wprintf(L"%-16hs %8ls %12.0f %12.0f %7.2f\n", row.name,
-                row.vectorised ? L"SSE2" : L"scalar", row.figures.convert, row.figures.memcpy,
+                row.vectorised ? L"vector" : L"scalar", row.figures.convert, row.figures.memcpy,
                 ratio);
         if (!row.vectorised) continue;
         double& lowest = strncmp(row.name, "stereo", 6) == 0 ? lowestStereo : lowestBlock;

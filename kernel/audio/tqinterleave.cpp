@@ -255,6 +255,9 @@ extern "C" TQAUDIO_INTERLEAVESTEREOFUNC TqAudio_GetStereoInterleaveFunction(TQSA
 extern "C" TQAUDIO_DEINTERLEAVESTEREOFUNC
 TqAudio_GetStereoDeInterleaveFunction(TQSAMPLETYPE dstType, TQSAMPLETYPE srcType)
 {
+    if ((TqGetCPUSupport(0) & TQCPU_SSE2) && dstType == TQSAMPLE_FLOAT32 &&
+        srcType == TQSAMPLE_PCM16)
+        return &DeInterleavePcm16ToFloat32Sse2;
     return ScalarStereoDeInterleaveFunction(dstType, srcType);
 }
 

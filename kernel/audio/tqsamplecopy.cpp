@@ -105,11 +105,20 @@ struct VectorVariant
     TQAUDIO_COPYFUNC function;
 };
 
+// The first allowed variant of a pair wins, so the richer instruction sets come first.
 constexpr VectorVariant kVectorVariants[] = {
+    {TQSAMPLE_PCM24, TQSAMPLE_FLOAT32, TQCPU_SSSE3 | TQCPU_SSE2 | TQCPU_SSE,
+     &CopyFloat32ToPcm24Ssse3},
+    {TQSAMPLE_FLOAT32, TQSAMPLE_PCM24, TQCPU_SSSE3 | TQCPU_SSE2 | TQCPU_SSE,
+     &CopyPcm24ToFloat32Ssse3},
     {TQSAMPLE_PCM16, TQSAMPLE_FLOAT32, TQCPU_SSE2, &CopyFloat32ToPcm16Sse2},
     {TQSAMPLE_FLOAT32, TQSAMPLE_PCM16, TQCPU_SSE2, &CopyPcm16ToFloat32Sse2},
     {TQSAMPLE_FLOAT32, TQSAMPLE_FLOAT64, TQCPU_SSE2 | TQCPU_SSE, &CopyFloat64ToFloat32Sse2},
     {TQSAMPLE_FLOAT64, TQSAMPLE_FLOAT32, TQCPU_SSE2 | TQCPU_SSE, &CopyFloat32ToFloat64Sse2},
+    {TQSAMPLE_PCM24, TQSAMPLE_FLOAT32, TQCPU_SSE2 | TQCPU_SSE, &CopyFloat32ToPcm24Sse2},
+    {TQSAMPLE_FLOAT32, TQSAMPLE_PCM24, TQCPU_SSE2 | TQCPU_SSE, &CopyPcm24ToFloat32Sse2},
+    {TQSAMPLE_UNPACKED24, TQSAMPLE_FLOAT32, TQCPU_SSE2 | TQCPU_SSE, &CopyFloat32ToUnpacked24Sse2},
+    {TQSAMPLE_FLOAT32, TQSAMPLE_UNPACKED24, TQCPU_SSE2 | TQCPU_SSE, &CopyUnpacked24ToFloat32Sse2},
 };
 
 // frames times channels as a count, if it fits.

@@ -8,6 +8,8 @@ tq_add_test(tqsamplecopychannels_test SOURCES ${CMAKE_CURRENT_LIST_DIR}/tqsample
             LIBS tqkernel)
 tq_add_test(tqsamplecopy_sse2_test SOURCES ${CMAKE_CURRENT_LIST_DIR}/tqsamplecopy_sse2_test.cpp
             LIBS tqkernel)
+tq_add_test(tqsamplecopy24_sse2_test SOURCES ${CMAKE_CURRENT_LIST_DIR}/tqsamplecopy24_sse2_test.cpp
+            LIBS tqkernel)
 # The self-check walks every value of seven integer types twice: allow it its time.
 tq_add_test(tqsamplecopy_selftest_test SOURCES ${CMAKE_CURRENT_LIST_DIR}/tqsamplecopy_selftest_test.cpp
             LIBS tqkernel TIMEOUT 600)

@@ -1,10 +1,12 @@
 // Stereo interleave and de-interleave: the plain moves, the tables against the channel copy rows,
-// and the four-frame groups of the SSE2 interleavers.
+// and the SSE2 variants: the four-frame groups of the interleavers, the de-interleaver's frames.
 #include "tqinterleave.h"
 
 #include <gtest/gtest.h>
 
 #include <string.h>
+
+#include <limits>
 
 #include <vector>
 
@@ -240,8 +242,40 @@ TEST_F(Sse2Interleavers, AreChosenOnlyWhileSse2IsAllowed)
         EXPECT_EQ(tq::audio::ScalarStereoInterleaveFunction(TQSAMPLE_PCM16, src),
                   TqAudio_GetStereoInterleaveFunction(TQSAMPLE_PCM16, src));
     }
+    EXPECT_NE(tq::audio::ScalarStereoDeInterleaveFunction(TQSAMPLE_FLOAT32, TQSAMPLE_PCM16),
+              TqAudio_GetStereoDeInterleaveFunction(TQSAMPLE_FLOAT32, TQSAMPLE_PCM16));
+    ScalarOnly scalar;
     EXPECT_EQ(tq::audio::ScalarStereoDeInterleaveFunction(TQSAMPLE_FLOAT32, TQSAMPLE_PCM16),
               TqAudio_GetStereoDeInterleaveFunction(TQSAMPLE_FLOAT32, TQSAMPLE_PCM16));
+}
+
+// The 16-bit de-interleaver writes every frame, heads and tails of any length and misaligned
+// buffers included, with the scalar entry's bits for every 16-bit value on either side.
+TEST_F(Sse2Interleavers, DeInterleaverFrom16BitMatchesTheScalarEntry)
+{
+    const TQAUDIO_DEINTERLEAVESTEREOFUNC vector =
+        TqAudio_GetStereoDeInterleaveFunction(TQSAMPLE_FLOAT32, TQSAMPLE_PCM16);
+    const TQAUDIO_DEINTERLEAVESTEREOFUNC scalar =
+        tq::audio::ScalarStereoDeInterleaveFunction(TQSAMPLE_FLOAT32, TQSAMPLE_PCM16);
+    Bytes every(65536 * 2 + 2);
+    for (int i = 0; i < 65536; ++i)
+    {
+        const short value = static_cast<short>(i - 32768);
+        memcpy(every.data() + 2 + 2 * i, &value, 2); // left and right take alternate values
+    }
+    for (long frames : {1L, 7L, 8L, 9L, 17L, 32767L})
+    {
+        for (size_t offset : {0u, 2u})
+        {
+            const size_t bytes = frames * 4 + 8;
+            Bytes l(bytes + 1, 0xA5), r(bytes + 1, 0xA5), el = l, er = r;
+            const BYTE* src = every.data() + offset;
+            vector(l.data() + 1, r.data() + 1, src, frames);
+            scalar(el.data() + 1, er.data() + 1, src, frames);
+            ASSERT_EQ(el, l) << frames << " frames at +" << offset;
+            ASSERT_EQ(er, r) << frames << " frames at +" << offset;
+        }
+    }
 }
 
 // Rounding, clamping and saturation must meet the scalar rule wherever the value fits 32 bits;
@@ -262,6 +296,23 @@ TEST_F(Sse2Interleavers, MatchTheScalarEntriesOnWholeGroups)
                                                                        right.data(), frames);
         EXPECT_EQ(scalar, vector);
     }
+}
+
+// Far beyond full scale, at the infinities and for NaNs the float interleaver still follows the
+// rule: clamped to the bounds, a NaN to 0.
+TEST_F(Sse2Interleavers, FloatInterleaverClampsLikeTheScalarEntry)
+{
+    const float inf = std::numeric_limits<float>::infinity();
+    const float nan = std::numeric_limits<float>::quiet_NaN();
+    const float left[8] = {1e30f, -1e30f, inf, -inf, nan, -nan, 1.0f, -1.00002f};
+    const float right[8] = {
+        32767.4f / 32768, -32768.6f / 32768, 3e9f, -3e9f, nan, 2.5f / 32768, -1.0f, 1.00002f};
+    std::vector<short> vector(16), scalar(16);
+    TqAudio_GetStereoInterleaveFunction(TQSAMPLE_PCM16, TQSAMPLE_FLOAT32)(vector.data(), left,
+                                                                          right, 8);
+    tq::audio::ScalarStereoInterleaveFunction(TQSAMPLE_PCM16, TQSAMPLE_FLOAT32)(scalar.data(), left,
+                                                                                right, 8);
+    EXPECT_EQ(scalar, vector);
 }
 
 TEST_F(Sse2Interleavers, LeaveFramesBeyondTheLastGroupUnwritten)
