@@ -80,6 +80,17 @@ void ClientFolder(wchar_t (&folder)[MAX_PATH])
     PathRemoveFileSpecW(folder);
 }
 
+// CoGetClassObject that hands out the object only on success: Wine can leave a stale value in
+// the out pointer when the call fails, which must never be released.
+template <class T>
+HRESULT GetClassObject(const CLSID& clsid, DWORD context, REFIID riid, tq::ComPtr<T>& object)
+{
+    void* got = nullptr;
+    const HRESULT hr = CoGetClassObject(clsid, context, nullptr, riid, &got);
+    object = SUCCEEDED(hr) ? tq::ComPtr<T>::Attach(static_cast<T*>(got)) : tq::ComPtr<T>();
+    return hr;
+}
+
 void EnsureProxyStubRegistered()
 {
     if (!g_proxyStubPath[0])
@@ -91,8 +102,7 @@ void EnsureProxyStubRegistered()
     CLSID proxyClass;
     tq::ComPtr<IUnknown> registered;
     if (SUCCEEDED(CoGetPSClsid(IID_ITqVstEffectFactory, &proxyClass)) &&
-        SUCCEEDED(CoGetClassObject(proxyClass, CLSCTX_INPROC_SERVER, nullptr, IID_IUnknown,
-                                   registered.PutVoid())))
+        SUCCEEDED(GetClassObject(proxyClass, CLSCTX_INPROC_SERVER, IID_IUnknown, registered)))
         return;
     RegisterVstProxyStub(g_proxyStubPath, nullptr);
 }
@@ -147,8 +157,7 @@ HRESULT ReachServer(const CLSID& clsid, HANDLE process, DWORD fromTick, DWORD bu
     DWORD pauseMs = 5;
     for (;;)
     {
-        const HRESULT hr = CoGetClassObject(clsid, kServerContext, nullptr, IID_IClassFactory,
-                                            classObject.PutVoid());
+        const HRESULT hr = GetClassObject(clsid, kServerContext, IID_IClassFactory, classObject);
         if (hr != REGDB_E_CLASSNOTREG) return hr;
         const DWORD elapsed = GetTickCount() - fromTick;
         if (elapsed >= budgetMs) return hr;
@@ -253,8 +262,7 @@ extern "C" HRESULT GetVstFactory(int location, REFIID riid, void** object, const
     EnsureProxyStubRegistered();
     LocationState& state = g_locations[location];
     tq::ComPtr<IClassFactory> classObject;
-    HRESULT hr = CoGetClassObject(state.clsid, kServerContext, nullptr, IID_IClassFactory,
-                                  classObject.PutVoid());
+    HRESULT hr = GetClassObject(state.clsid, kServerContext, IID_IClassFactory, classObject);
     if (FAILED(hr))
     {
         hr = StartServer(location, vendor, product, classObject, hr);

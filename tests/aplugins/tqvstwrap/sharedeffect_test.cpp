@@ -157,8 +157,9 @@ void SharedMatchesInProcessAndPlainCalls(int location, const wchar_t* file)
         }
         for (UINT32 channels : kChannels)
         {
+            // A VST3 effect answers S_FALSE where channels beyond its buses pass dry.
             for (auto& effect : effects)
-                ASSERT_EQ(effect->SetChannelCount(INT32(channels)), S_OK);
+                ASSERT_TRUE(SUCCEEDED(effect->SetChannelCount(INT32(channels))));
             for (UINT32 frames : kFrames)
             {
                 std::vector<BYTE> input = Noise(size_t(frames) * channels * bytes, seed++);
