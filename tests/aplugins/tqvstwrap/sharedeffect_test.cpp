@@ -552,11 +552,13 @@ TEST_F(SharedBlocks, CreateProcessReleaseCyclesLeaveHostAndServerFlat)
     // A handle or a thread per cycle would add thousands. Loading and unloading a plug-in costs a
     // few kilobytes a cycle under Wine on any path, in process too; a block, a view or a stack
     // left behind would cost more than the bound.
-    const double boundMb = 8.0 * 1024 * cycles * 0.9 / 1048576.0;
+    // The heap's first growth and the audio threads of the last few channels, which end on their
+    // own after their release, come on top and do not grow with the count.
+    const double boundMb = 8.0 * 1024 * cycles * 0.9 / 1048576.0 + 4.0;
     EXPECT_LE(host[1].Handles(), host[0].Handles() + 8);
     EXPECT_LE(served[1].Handles(), served[0].Handles() + 8);
-    EXPECT_LE(host[1].Threads(), host[0].Threads() + 1);
-    EXPECT_LE(served[1].Threads(), served[0].Threads() + 1);
+    EXPECT_LE(host[1].Threads(), host[0].Threads() + 3);
+    EXPECT_LE(served[1].Threads(), served[0].Threads() + 3);
     EXPECT_LE(host[1].Megabytes(), host[0].Megabytes() + boundMb);
     EXPECT_LE(served[1].Megabytes(), served[0].Megabytes() + boundMb);
 }
