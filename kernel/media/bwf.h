@@ -7,7 +7,6 @@
 #define RIFF_ID_BEXT RIFF_ID('b', 'e', 'x', 't')
 #define RIFF_ID_BEXT_UPPER RIFF_ID('B', 'E', 'X', 'T')
 #define RIFF_ID_IXML RIFF_ID('i', 'X', 'M', 'L')
-#define RIFF_ID_JUNK RIFF_ID('J', 'U', 'N', 'K')
 
 // Which chunk an update or deletion is about.
 typedef enum BWF_CHUNK_ENUM

@@ -6,7 +6,6 @@
 
 #define RIFF_ID_RF64 RIFF_ID('R', 'F', '6', '4')
 #define RIFF_ID_DS64 RIFF_ID('d', 's', '6', '4')
-#define RIFF_ID_JUNK RIFF_ID('J', 'U', 'N', 'K')
 
 // A 32-bit "data" size of this value means: the size is in ds64.
 #define RF64_SIZE_IN_DS64 0xFFFFFFFFu

@@ -15,6 +15,7 @@
 #define RIFF_ID_DATA RIFF_ID('d', 'a', 't', 'a')
 #define RIFF_ID_INFO RIFF_ID('I', 'N', 'F', 'O')
 #define RIFF_ID_CDDA RIFF_ID('C', 'D', 'D', 'A')
+#define RIFF_ID_JUNK RIFF_ID('J', 'U', 'N', 'K')
 
 // Codes of the file layers; their texts are in the error handler's table. The first is spelt
 // as the error handler spells it, so both headers can meet in one source.
