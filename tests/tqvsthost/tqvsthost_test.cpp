@@ -14,6 +14,7 @@
 
 #include <algorithm>
 #include <cmath>
+#include <cstdio>
 #include <cstdlib>
 #include <cstring>
 #include <string>
@@ -119,7 +120,11 @@ RunResult RunHost(const std::wstring& arguments, bool dropErrors = false)
     RunResult result;
     SECURITY_ATTRIBUTES inherit = {sizeof(inherit), nullptr, TRUE};
     HANDLE readEnd = nullptr, writeEnd = nullptr;
-    if (!CreatePipe(&readEnd, &writeEnd, &inherit, 0)) return result;
+    if (!CreatePipe(&readEnd, &writeEnd, &inherit, 0))
+    {
+        result.output = "no pipe: error " + std::to_string(GetLastError()) + "\n";
+        return result;
+    }
     tq::UniqueHandle reader(readEnd), writer(writeEnd);
     SetHandleInformation(readEnd, HANDLE_FLAG_INHERIT, 0);
     std::wstring line = L"\"" + tqtest::ProgramFolder() + L"\\tqvsthost.exe\" " + arguments;
@@ -131,10 +136,24 @@ RunResult RunHost(const std::wstring& arguments, bool dropErrors = false)
         CreateFileW(L"NUL", GENERIC_WRITE, FILE_SHARE_WRITE, &inherit, OPEN_EXISTING, 0, nullptr));
     startup.hStdError = dropErrors ? nul.Get() : writeEnd;
     startup.hStdInput = GetStdHandle(STD_INPUT_HANDLE);
+    // Under load, Wine now and then fails to start a process at all; that is not the host's
+    // doing, so the start is tried again before the run counts as failed, and a failure says why.
     PROCESS_INFORMATION started = {};
-    if (!CreateProcessW(nullptr, line.data(), nullptr, nullptr, TRUE, 0, nullptr, nullptr, &startup,
-                        &started))
-        return result;
+    for (int attempt = 0;; ++attempt)
+    {
+        if (CreateProcessW(nullptr, line.data(), nullptr, nullptr, TRUE, 0, nullptr, nullptr,
+                           &startup, &started))
+            break;
+        const std::string why =
+            "tqvsthost.exe could not be started: error " + std::to_string(GetLastError()) + "\n";
+        if (attempt == 2)
+        {
+            result.output = why;
+            return result;
+        }
+        std::fputs(why.c_str(), stderr);
+        Sleep(100);
+    }
     tq::UniqueHandle process(started.hProcess), thread(started.hThread);
     writer.Reset();
     nul.Reset();
