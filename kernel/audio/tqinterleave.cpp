@@ -8,6 +8,7 @@
 
 #include "tqcpu.h"
 #include "tqframeloop.h"
+#include "tqinterleave_avx2.h"
 #include "tqinterleave_sse2.h"
 #include "tqsamplecodec.h"
 #include "tqsamplecopy.h"
@@ -242,7 +243,11 @@ using namespace tq::audio;
 extern "C" TQAUDIO_INTERLEAVESTEREOFUNC TqAudio_GetStereoInterleaveFunction(TQSAMPLETYPE dstType,
                                                                             TQSAMPLETYPE srcType)
 {
-    if (TqGetCPUSupport(0) & TQCPU_SSE2)
+    const DWORD allowed = TqGetCPUSupport(0);
+    constexpr DWORD kAvx2 = TQCPU_AVX2 | TQCPU_SSE2;
+    if ((allowed & kAvx2) == kAvx2 && dstType == TQSAMPLE_PCM16 && srcType == TQSAMPLE_FLOAT32)
+        return &InterleaveFloat32ToPcm16Avx2;
+    if (allowed & TQCPU_SSE2)
     {
         for (const InterleaveVariant& variant : kSse2Interleavers)
         {
