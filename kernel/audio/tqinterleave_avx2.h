@@ -3,8 +3,11 @@
 
 namespace tq::audio {
 
-// Whole groups of four frames only, like the SSE2 form it replaces, and the same bits.
+// Whole groups of four frames only, like the SSE2 forms they replace, and the same bits.
 void InterleaveFloat32ToPcm16Avx2(void* dst, const void* srcLeft, const void* srcRight,
                                   long frames);
+void InterleavePcm32ToPcm16Avx2(void* dst, const void* srcLeft, const void* srcRight, long frames);
+void InterleaveUnpacked24ToPcm16Avx2(void* dst, const void* srcLeft, const void* srcRight,
+                                     long frames);
 
 } // namespace tq::audio

@@ -332,16 +332,15 @@ VectorInterleavers(TQSAMPLETYPE src)
     return out;
 }
 
-// Only the single source has an AVX2 row; where the processor allows AVX2 it must be the one
-// chosen, so that the tests below run it.
+// Where the processor allows AVX2 each source's AVX2 row must be the one chosen, so that the
+// tests below run it.
 TEST_F(Sse2Interleavers, AvxRowIsChosenWhereAllowed)
 {
     const bool avx2 = TqGetCPUSupport(TQCPU_AVX2) != 0;
     printf("  AVX2 %s\n", avx2 ? "allowed: the AVX2 and SSE2 interleavers ran"
                                : "not allowed here: only the SSE2 interleavers ran");
-    EXPECT_EQ(avx2 ? 2u : 1u, VectorInterleavers(TQSAMPLE_FLOAT32).size());
-    EXPECT_EQ(1u, VectorInterleavers(TQSAMPLE_PCM32).size());
-    EXPECT_EQ(1u, VectorInterleavers(TQSAMPLE_UNPACKED24).size());
+    for (TQSAMPLETYPE src : kSources)
+        EXPECT_EQ(avx2 ? 2u : 1u, VectorInterleavers(src).size()) << "src " << src;
     ScalarOnly scalar; // AVX2 alone is not enough
     EXPECT_EQ(tq::audio::ScalarStereoInterleaveFunction(TQSAMPLE_PCM16, TQSAMPLE_FLOAT32),
               TqAudio_GetStereoInterleaveFunction(TQSAMPLE_PCM16, TQSAMPLE_FLOAT32));
