@@ -9,6 +9,7 @@
 #include <cstdlib>
 #include <cstring>
 #include <functional>
+#include <utility>
 #include <vector>
 
 namespace {
@@ -136,7 +137,21 @@ std::vector<Row> InterleaveRows(long samples)
         tq::audio::ScalarStereoDeInterleaveFunction(TQSAMPLE_FLOAT32, TQSAMPLE_PCM16);
     Row out{"stereo i16->f32", split != scalarSplit,
             Measure([&] { split(l.data(), r.data(), packed.data(), frames); }, samples * 4)};
-    return {in, out};
+    std::vector<Row> rows = {in, out};
+
+    // The 32-bit word sources into 16-bit pairs, as a host with 32-bit or 24-in-32 planes has.
+    const std::pair<const char*, TQSAMPLETYPE> words[] = {{"stereo i32->i16", TQSAMPLE_PCM32},
+                                                          {"stereo u24->i16", TQSAMPLE_UNPACKED24}};
+    for (const auto& [name, type] : words)
+    {
+        const std::vector<BYTE> wl = Source(type, frames), wr = Source(type, frames);
+        const auto fn = TqAudio_GetStereoInterleaveFunction(TQSAMPLE_PCM16, type);
+        const auto scalarFn = tq::audio::ScalarStereoInterleaveFunction(TQSAMPLE_PCM16, type);
+        rows.push_back(
+            {name, fn != scalarFn,
+             Measure([&] { fn(pairs.data(), wl.data(), wr.data(), frames); }, samples * 4)});
+    }
+    return rows;
 }
 #endif
 

@@ -2,6 +2,7 @@
 target_sources(tqkernel PRIVATE
     ${CMAKE_CURRENT_LIST_DIR}/tqinterleave.cpp
     ${CMAKE_CURRENT_LIST_DIR}/tqinterleave_sse2.cpp
+    ${CMAKE_CURRENT_LIST_DIR}/tqinterleave_avx2.cpp
     ${CMAKE_CURRENT_LIST_DIR}/tqchannels.cpp
     ${CMAKE_CURRENT_LIST_DIR}/tqchannelmix.cpp
     ${CMAKE_CURRENT_LIST_DIR}/tqchannelfill.cpp
@@ -13,3 +14,4 @@ if(CMAKE_SIZEOF_VOID_P EQUAL 4)
     set_source_files_properties(${CMAKE_CURRENT_LIST_DIR}/tqinterleave_sse2.cpp PROPERTIES
         COMPILE_OPTIONS "-msse2;-mfpmath=sse;-mstackrealign")
 endif()
+tq_avx2_sources(${CMAKE_CURRENT_LIST_DIR}/tqinterleave_avx2.cpp)

@@ -8,6 +8,7 @@
 
 #include "tqcpu.h"
 #include "tqframeloop.h"
+#include "tqinterleave_avx2.h"
 #include "tqinterleave_sse2.h"
 #include "tqsamplecodec.h"
 #include "tqsamplecopy.h"
@@ -160,6 +161,12 @@ constexpr InterleaveVariant kSse2Interleavers[] = {
     {TQSAMPLE_PCM16, TQSAMPLE_UNPACKED24, &InterleaveUnpacked24ToPcm16Sse2},
 };
 
+constexpr InterleaveVariant kAvx2Interleavers[] = {
+    {TQSAMPLE_PCM16, TQSAMPLE_PCM32, &InterleavePcm32ToPcm16Avx2},
+    {TQSAMPLE_PCM16, TQSAMPLE_FLOAT32, &InterleaveFloat32ToPcm16Avx2},
+    {TQSAMPLE_PCM16, TQSAMPLE_UNPACKED24, &InterleaveUnpacked24ToPcm16Avx2},
+};
+
 // The pure moves of the plain functions: whole samples of one size, no arithmetic.
 template <size_t Size>
 void MoveInterleave(void* dst, const void* srcLeft, const void* srcRight, long frames)
@@ -242,7 +249,16 @@ using namespace tq::audio;
 extern "C" TQAUDIO_INTERLEAVESTEREOFUNC TqAudio_GetStereoInterleaveFunction(TQSAMPLETYPE dstType,
                                                                             TQSAMPLETYPE srcType)
 {
-    if (TqGetCPUSupport(0) & TQCPU_SSE2)
+    const DWORD allowed = TqGetCPUSupport(0);
+    constexpr DWORD kAvx2 = TQCPU_AVX2 | TQCPU_SSE2;
+    if ((allowed & kAvx2) == kAvx2)
+    {
+        for (const InterleaveVariant& variant : kAvx2Interleavers)
+        {
+            if (variant.dst == dstType && variant.src == srcType) return variant.function;
+        }
+    }
+    if (allowed & TQCPU_SSE2)
     {
         for (const InterleaveVariant& variant : kSse2Interleavers)
         {

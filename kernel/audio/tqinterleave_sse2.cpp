@@ -11,62 +11,67 @@
 namespace tq::audio {
 namespace {
 
-// Four frames as doubles, each register one left and right pair, in frame order.
-struct FourFrames
+// Values already held to the 16-bit range, rounded as the rule rounds: 1.5 times 2 to the 23rd
+// is added in the caller's mode and the integer read from the sum's low mantissa bits. A
+// conversion instruction would agree except when rounding toward zero: every sum is positive,
+// so the rule then rounds negative values down.
+inline __m128i RoundHeld(__m128 v)
 {
-    __m128d f0, f1, f2, f3;
-};
-
-inline FourFrames WidenWords(const int32_t* left, const int32_t* right)
-{
-    const __m128i l = _mm_loadu_si128(reinterpret_cast<const __m128i*>(left));
-    const __m128i r = _mm_loadu_si128(reinterpret_cast<const __m128i*>(right));
-    const __m128i lo = _mm_unpacklo_epi32(l, r);
-    const __m128i hi = _mm_unpackhi_epi32(l, r);
-    return {_mm_cvtepi32_pd(lo), _mm_cvtepi32_pd(_mm_srli_si128(lo, 8)), _mm_cvtepi32_pd(hi),
-            _mm_cvtepi32_pd(_mm_srli_si128(hi, 8))};
+    const __m128 constant = _mm_set1_ps(12582912.0f);
+    return _mm_sub_epi32(_mm_castps_si128(_mm_add_ps(v, constant)), _mm_castps_si128(constant));
 }
 
-// Scales the four frames, converts them by the control word's rounding and stores the eight
-// samples saturated to 16 bits.
-inline void StoreScaled(int16_t* d, const FourFrames& v, __m128d factor)
+inline __m128 Hold16(__m128 v)
 {
-    const __m128i a = _mm_unpacklo_epi64(_mm_cvtpd_epi32(_mm_mul_pd(v.f0, factor)),
-                                         _mm_cvtpd_epi32(_mm_mul_pd(v.f1, factor)));
-    const __m128i b = _mm_unpacklo_epi64(_mm_cvtpd_epi32(_mm_mul_pd(v.f2, factor)),
-                                         _mm_cvtpd_epi32(_mm_mul_pd(v.f3, factor)));
-    _mm_storeu_si128(reinterpret_cast<__m128i*>(d), _mm_packs_epi32(a, b));
+    // Operand order matters: the second operand comes back when either is a NaN.
+    return _mm_min_ps(_mm_set1_ps(32767.0f), _mm_max_ps(_mm_set1_ps(-32768.0f), v));
 }
 
-template <class Sample, FourFrames (*Widen)(const Sample*, const Sample*)>
-void InterleaveGroups(void* dst, const void* srcLeft, const void* srcRight, long frames,
-                      double factor)
+// Four 32-bit words over 2 to the Shift, rounded by the rule. Which way any mode rounds depends
+// only on the quotient's integer part, its half bit and whether anything lies below: two
+// fraction bits with a sticky bit in the lower keep exactly that, and the quotient so cut is a
+// single with two fraction bits, exact wherever it lies within 16 bits. Beyond them inexactness
+// does not matter: the hold gives the bound.
+template <int Shift>
+inline __m128i ScaleDownFour(__m128i x)
+{
+    const __m128i below = _mm_and_si128(x, _mm_set1_epi32((1 << (Shift - 2)) - 1));
+    const __m128i sticky =
+        _mm_andnot_si128(_mm_cmpeq_epi32(below, _mm_setzero_si128()), _mm_set1_epi32(1));
+    const __m128i cut = _mm_or_si128(_mm_srai_epi32(x, Shift - 2), sticky);
+    return RoundHeld(Hold16(_mm_mul_ps(_mm_cvtepi32_ps(cut), _mm_set1_ps(0.25f))));
+}
+
+template <int Shift>
+void InterleaveWordGroups(void* dst, const void* srcLeft, const void* srcRight, long frames)
 {
     auto* d = static_cast<int16_t*>(dst);
-    auto* l = static_cast<const Sample*>(srcLeft);
-    auto* r = static_cast<const Sample*>(srcRight);
-    const __m128d k = _mm_set1_pd(factor);
+    auto* l = static_cast<const int32_t*>(srcLeft);
+    auto* r = static_cast<const int32_t*>(srcRight);
     for (long groups = frames / 4; groups > 0; --groups, d += 8, l += 4, r += 4)
-        StoreScaled(d, Widen(l, r), k);
+    {
+        const __m128i left = _mm_loadu_si128(reinterpret_cast<const __m128i*>(l));
+        const __m128i right = _mm_loadu_si128(reinterpret_cast<const __m128i*>(r));
+        const __m128i lo = ScaleDownFour<Shift>(_mm_unpacklo_epi32(left, right));
+        const __m128i hi = ScaleDownFour<Shift>(_mm_unpackhi_epi32(left, right));
+        _mm_storeu_si128(reinterpret_cast<__m128i*>(d), _mm_packs_epi32(lo, hi));
+    }
 }
 
 } // namespace
 
-// Scaling a single by 32768 is exact, so clamping and converting in single rounds where the rule
-// does, at twice the width of doubles. Only the upper bound needs a clamp: beyond the lower one
-// the conversion gives a negative value (the integer-indefinite one far out) that saturates to
-// -32768, the bound. A NaN becomes 0, the low 16 bits of its integer under the rule.
+// Scaling a single by 32768 is exact, so holding and rounding singles rounds where the rule
+// does, at twice the width of doubles. A NaN becomes 0, the low 16 bits of its integer under the
+// rule.
 void InterleaveFloat32ToPcm16Sse2(void* dst, const void* srcLeft, const void* srcRight, long frames)
 {
     auto* d = static_cast<int16_t*>(dst);
     auto* l = static_cast<const float*>(srcLeft);
     auto* r = static_cast<const float*>(srcRight);
     const __m128 scale = _mm_set1_ps(32768.0f);
-    const __m128 highest = _mm_set1_ps(32767.0f);
     auto convert = [&](__m128 pairs) {
         const __m128 x = _mm_mul_ps(pairs, scale);
-        // The NaN-passing operand order, then NaN lanes cleared.
-        return _mm_cvtps_epi32(_mm_and_ps(_mm_min_ps(highest, x), _mm_cmpord_ps(x, x)));
+        return RoundHeld(_mm_and_ps(Hold16(x), _mm_cmpord_ps(x, x)));
     };
     for (long groups = frames / 4; groups > 0; --groups, d += 8, l += 4, r += 4)
     {
@@ -78,19 +83,18 @@ void InterleaveFloat32ToPcm16Sse2(void* dst, const void* srcLeft, const void* sr
     }
 }
 
-// The unit of the source times the 16-bit scale: both powers of two, so one exact factor.
+// The unit of the source times the 16-bit scale is 2 to the -16th.
 void InterleavePcm32ToPcm16Sse2(void* dst, const void* srcLeft, const void* srcRight, long frames)
 {
-    InterleaveGroups<int32_t, WidenWords>(dst, srcLeft, srcRight, frames,
-                                          4.656612873077393e-10 * 32768.0);
+    InterleaveWordGroups<16>(dst, srcLeft, srcRight, frames);
 }
 
-// The word is taken whole, without holding it to 24 bits: saturation takes care of the range.
+// The word is taken whole, without holding it to 24 bits: the hold to 16 bits covers the range.
+// The scale is 2 to the -8th.
 void InterleaveUnpacked24ToPcm16Sse2(void* dst, const void* srcLeft, const void* srcRight,
                                      long frames)
 {
-    InterleaveGroups<int32_t, WidenWords>(dst, srcLeft, srcRight, frames,
-                                          1.1920928955078125e-7 * 32768.0);
+    InterleaveWordGroups<8>(dst, srcLeft, srcRight, frames);
 }
 
 // Each 32-bit lane holds a left sample low and a right one high; shifts with sign split them.

@@ -7,6 +7,7 @@
 
 #include "tqcpu.h"
 #include "tqsamplecodec.h"
+#include "tqsamplecopy_avx2.h"
 #include "tqsamplecopy_sse2.h"
 
 namespace tq::audio {
@@ -107,6 +108,10 @@ struct VectorVariant
 
 // The first allowed variant of a pair wins, so the richer instruction sets come first.
 constexpr VectorVariant kVectorVariants[] = {
+    {TQSAMPLE_PCM24, TQSAMPLE_FLOAT32, TQCPU_AVX2 | TQCPU_SSE2 | TQCPU_SSE,
+     &CopyFloat32ToPcm24Avx2},
+    {TQSAMPLE_UNPACKED24, TQSAMPLE_FLOAT32, TQCPU_AVX2 | TQCPU_SSE2 | TQCPU_SSE,
+     &CopyFloat32ToUnpacked24Avx2},
     {TQSAMPLE_PCM24, TQSAMPLE_FLOAT32, TQCPU_SSSE3 | TQCPU_SSE2 | TQCPU_SSE,
      &CopyFloat32ToPcm24Ssse3},
     {TQSAMPLE_FLOAT32, TQSAMPLE_PCM24, TQCPU_SSSE3 | TQCPU_SSE2 | TQCPU_SSE,

@@ -46,9 +46,8 @@ inline __m128d ClampRound(__m128d v, const Narrowing& n)
 }
 
 // Four singles to four rounded 32-bit integers.
-inline __m128i RoundFour(const float* s, const Narrowing& n)
+inline __m128i RoundFour(__m128 x, const Narrowing& n)
 {
-    const __m128 x = _mm_loadu_ps(s);
     const __m128d lo = ClampRound(_mm_mul_pd(_mm_cvtps_pd(x), n.factor), n);
     const __m128d hi = ClampRound(_mm_mul_pd(_mm_cvtps_pd(_mm_movehl_ps(x, x)), n.factor), n);
     return _mm_castps_si128(
@@ -116,7 +115,9 @@ inline __m128 WidenFour(__m128i v, const Widening& w)
 // single product of the unpacked row), clamping and converting singles rounds to the same
 // integer in the same mode, at twice the width of the double path. A NaN's integer is its
 // payload's low bits, which only the double path reproduces: a step that meets one is left to
-// the scalar row.
+// the scalar row. Toward zero is the exception: the rounding constant makes every sum positive,
+// so the rule then rounds down, where the conversion would truncate; the double path serves
+// that mode.
 struct SingleNarrowing
 {
     __m128 gain;
@@ -140,6 +141,12 @@ inline __m128i RoundFourSingle(const float* s, const SingleNarrowing& n, bool si
     nan = _mm_or_ps(nan, _mm_cmpunord_ps(x, x));
     x = _mm_min_ps(n.highest, _mm_max_ps(n.lowest, _mm_mul_ps(x, n.scale)));
     return _mm_cvtps_epi32(x);
+}
+
+// Whether the caller rounds toward zero, where only the double path follows the rule.
+inline bool RoundsTowardZero()
+{
+    return (_mm_getcsr() & _MM_ROUND_MASK) == _MM_ROUND_TOWARD_ZERO;
 }
 
 inline void StorePackedBlock(Byte* d, __m128i a, __m128i b, __m128i c, __m128i e)
@@ -193,14 +200,26 @@ void NarrowToUnpacked(int32_t* d, const float* s, long count, float gain)
     }
 }
 
+// The unpacked row through double: the single product, then the rule on it.
+void NarrowToUnpackedThroughDouble(int32_t* d, const float* s, long count, float gain)
+{
+    const Narrowing n = MakeNarrowing(8388608.0);
+    const __m128 g = _mm_set1_ps(gain);
+    for (; count > 0; count -= 4, s += 4, d += 4)
+    {
+        const __m128i v = RoundFour(_mm_mul_ps(_mm_loadu_ps(s), g), n);
+        _mm_storeu_si128(reinterpret_cast<__m128i*>(d), v);
+    }
+}
+
 void NarrowToPacked(Byte* d, const float* s, long blocks, const Narrowing& n)
 {
     for (; blocks > 0; --blocks, s += kBlock, d += 3 * kBlock)
     {
-        const __m128i a = PackFour(HoldFour(RoundFour(s, n)));
-        const __m128i b = PackFour(HoldFour(RoundFour(s + 4, n)));
-        const __m128i c = PackFour(HoldFour(RoundFour(s + 8, n)));
-        const __m128i e = PackFour(HoldFour(RoundFour(s + 12, n)));
+        const __m128i a = PackFour(HoldFour(RoundFour(_mm_loadu_ps(s), n)));
+        const __m128i b = PackFour(HoldFour(RoundFour(_mm_loadu_ps(s + 4), n)));
+        const __m128i c = PackFour(HoldFour(RoundFour(_mm_loadu_ps(s + 8), n)));
+        const __m128i e = PackFour(HoldFour(RoundFour(_mm_loadu_ps(s + 12), n)));
         StorePackedBlock(d, a, b, c, e);
     }
 }
@@ -213,7 +232,7 @@ void CopyFloat32ToPcm24Sse2(void* dst, const void* src, long count, float gain)
     const long blocks = count / kBlock;
     auto* d = static_cast<Byte*>(dst);
     auto* s = static_cast<const float*>(src);
-    if (gain == 1.0f)
+    if (gain == 1.0f && !RoundsTowardZero())
         NarrowToPackedAtUnity(d, s, blocks);
     else
         NarrowToPacked(d, s, blocks, MakeNarrowing(static_cast<double>(gain) * 8388608.0));
@@ -230,7 +249,9 @@ void CopyFloat32ToUnpacked24Sse2(void* dst, const void* src, long count, float g
     auto* s = static_cast<const float*>(src);
     const long done = count / 16 * 16;
     // At gain 1.0 the single product is the sample itself.
-    if (gain == 1.0f)
+    if (RoundsTowardZero())
+        NarrowToUnpackedThroughDouble(d, s, done, gain);
+    else if (gain == 1.0f)
         NarrowToUnpacked<false>(d, s, done, gain);
     else
         NarrowToUnpacked<true>(d, s, done, gain);
@@ -287,77 +308,93 @@ void CopyUnpacked24ToFloat32Sse2(void* dst, const void* src, long count, float g
 }
 
 // With SSSE3 a byte shuffle packs and unpacks four samples at once, where SSE2 needs a dozen
-// shifts and masks. Only gain 1.0 gains from it; other gains take the SSE2 rows.
+// shifts and masks; the arithmetic is that of the SSE2 rows.
 #define TQ_SSSE3 __attribute__((target("ssse3")))
 
-TQ_SSSE3 void CopyFloat32ToPcm24Ssse3(void* dst, const void* src, long count, float gain)
+namespace {
+// Four words of the 24-bit range into 12 bytes, and 4 more that the next store overwrites.
+TQ_SSSE3 inline void StorePackedFour(Byte* d, __m128i v)
 {
-    if (gain != 1.0f || count < kBlock + 2)
-    {
-        CopyFloat32ToPcm24Sse2(dst, src, count, gain);
-        return;
-    }
-    const SingleNarrowing n = MakeSingleNarrowing(1.0f);
-    const TQAUDIO_COPYFUNC scalar = ScalarCopyFunction(TQSAMPLE_PCM24, TQSAMPLE_FLOAT32);
     const __m128i pack = _mm_setr_epi8(0, 1, 2, 4, 5, 6, 8, 9, 10, 12, 13, 14, -1, -1, -1, -1);
-    auto* d = static_cast<Byte*>(dst);
-    auto* s = static_cast<const float*>(src);
-    auto put = [](Byte* p, __m128i v) { _mm_storeu_si128(reinterpret_cast<__m128i*>(p), v); };
-    // Each store writes 12 bytes of samples and 4 that the next store or step overwrites, so a
-    // step runs only while two more samples follow it.
-    long left = count;
-    for (; left >= kBlock + 2; left -= kBlock, s += kBlock, d += 3 * kBlock)
-    {
-        __m128 nan = _mm_setzero_ps();
-        const __m128i a = RoundFourSingle(s, n, false, nan);
-        const __m128i b = RoundFourSingle(s + 4, n, false, nan);
-        const __m128i c = RoundFourSingle(s + 8, n, false, nan);
-        const __m128i e = RoundFourSingle(s + 12, n, false, nan);
-        if (_mm_movemask_ps(nan))
-        {
-            scalar(d, s, kBlock, 1.0f);
-            continue;
-        }
-        put(d, _mm_shuffle_epi8(a, pack));
-        put(d + 12, _mm_shuffle_epi8(b, pack));
-        put(d + 24, _mm_shuffle_epi8(c, pack));
-        put(d + 36, _mm_shuffle_epi8(e, pack));
-    }
-    scalar(d, s, left, 1.0f);
+    _mm_storeu_si128(reinterpret_cast<__m128i*>(d), _mm_shuffle_epi8(v, pack));
 }
 
-namespace {
-TQ_SSSE3 inline __m128 WidenPackedSsse3(__m128i x, __m128i spread, __m128 unit)
+// Four packed samples from the low 12 bytes of x, widened to singles.
+TQ_SSSE3 inline __m128 WidenPackedFour(__m128i x, const Widening& widening)
 {
-    return _mm_mul_ps(_mm_cvtepi32_ps(_mm_srai_epi32(_mm_shuffle_epi8(x, spread), 8)), unit);
+    // Each sample to the top three bytes of its lane, then down with its sign.
+    const __m128i spread = _mm_setr_epi8(-1, 0, 1, 2, -1, 3, 4, 5, -1, 6, 7, 8, -1, 9, 10, 11);
+    return WidenFour(_mm_srai_epi32(_mm_shuffle_epi8(x, spread), 8), widening);
 }
 } // namespace
 
+TQ_SSSE3 void CopyFloat32ToPcm24Ssse3(void* dst, const void* src, long count, float gain)
+{
+    if (count <= 0) return;
+    const TQAUDIO_COPYFUNC scalar = ScalarCopyFunction(TQSAMPLE_PCM24, TQSAMPLE_FLOAT32);
+    auto* d = static_cast<Byte*>(dst);
+    auto* s = static_cast<const float*>(src);
+    // Each store writes 12 bytes of samples and 4 that the next store or step overwrites, so a
+    // step runs only while two more samples follow it.
+    long left = count;
+    if (gain == 1.0f && !RoundsTowardZero())
+    {
+        const SingleNarrowing n = MakeSingleNarrowing(1.0f);
+        for (; left >= kBlock + 2; left -= kBlock, s += kBlock, d += 3 * kBlock)
+        {
+            __m128 nan = _mm_setzero_ps();
+            const __m128i a = RoundFourSingle(s, n, false, nan);
+            const __m128i b = RoundFourSingle(s + 4, n, false, nan);
+            const __m128i c = RoundFourSingle(s + 8, n, false, nan);
+            const __m128i e = RoundFourSingle(s + 12, n, false, nan);
+            if (_mm_movemask_ps(nan))
+            {
+                scalar(d, s, kBlock, 1.0f);
+                continue;
+            }
+            StorePackedFour(d, a);
+            StorePackedFour(d + 12, b);
+            StorePackedFour(d + 24, c);
+            StorePackedFour(d + 36, e);
+        }
+    }
+    else
+    {
+        const Narrowing n = MakeNarrowing(static_cast<double>(gain) * 8388608.0);
+        for (; left >= kBlock + 2; left -= kBlock, s += kBlock, d += 3 * kBlock)
+        {
+            const __m128i a = HoldFour(RoundFour(_mm_loadu_ps(s), n));
+            const __m128i b = HoldFour(RoundFour(_mm_loadu_ps(s + 4), n));
+            const __m128i c = HoldFour(RoundFour(_mm_loadu_ps(s + 8), n));
+            const __m128i e = HoldFour(RoundFour(_mm_loadu_ps(s + 12), n));
+            StorePackedFour(d, a);
+            StorePackedFour(d + 12, b);
+            StorePackedFour(d + 24, c);
+            StorePackedFour(d + 36, e);
+        }
+    }
+    scalar(d, s, left, gain);
+}
+
 TQ_SSSE3 void CopyPcm24ToFloat32Ssse3(void* dst, const void* src, long count, float gain)
 {
-    if (gain != 1.0f || count < kBlock)
-    {
-        CopyPcm24ToFloat32Sse2(dst, src, count, gain);
-        return;
-    }
+    if (count <= 0) return;
     const long done = count / kBlock * kBlock;
     auto* d = static_cast<float*>(dst);
     auto* s = static_cast<const Byte*>(src);
     ScalarCopyFunction(TQSAMPLE_FLOAT32, TQSAMPLE_PCM24)(d + done, s + 3 * done, count - done,
-                                                         1.0f);
-    // Each sample to the top three bytes of its lane, then down with its sign.
-    const __m128i spread = _mm_setr_epi8(-1, 0, 1, 2, -1, 3, 4, 5, -1, 6, 7, 8, -1, 9, 10, 11);
-    const __m128 unit = _mm_set1_ps(1.1920928955078125e-7f);
+                                                         gain);
+    const Widening widening = MakeWidening(gain);
     for (long i = done - kBlock; i >= 0; i -= kBlock)
     {
         const Byte* p = s + 3 * i;
         const __m128i x = _mm_loadu_si128(reinterpret_cast<const __m128i*>(p));
         const __m128i y = _mm_loadu_si128(reinterpret_cast<const __m128i*>(p + 16));
         const __m128i z = _mm_loadu_si128(reinterpret_cast<const __m128i*>(p + 32));
-        const __m128 a = WidenPackedSsse3(x, spread, unit);
-        const __m128 b = WidenPackedSsse3(_mm_alignr_epi8(y, x, 12), spread, unit);
-        const __m128 c = WidenPackedSsse3(_mm_alignr_epi8(z, y, 8), spread, unit);
-        const __m128 e = WidenPackedSsse3(_mm_srli_si128(z, 4), spread, unit);
+        const __m128 a = WidenPackedFour(x, widening);
+        const __m128 b = WidenPackedFour(_mm_alignr_epi8(y, x, 12), widening);
+        const __m128 c = WidenPackedFour(_mm_alignr_epi8(z, y, 8), widening);
+        const __m128 e = WidenPackedFour(_mm_srli_si128(z, 4), widening);
         _mm_storeu_ps(d + i, a);
         _mm_storeu_ps(d + i + 4, b);
         _mm_storeu_ps(d + i + 8, c);

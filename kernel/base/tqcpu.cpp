@@ -59,6 +59,10 @@ constexpr FeatureBit kEcxFeatures[] = {
     {1u << 20, TQCPU_SSE42}, {1u << 28, TQCPU_AVX},
 };
 constexpr DWORD kEdxFpu = 1u << 0;
+constexpr DWORD kEcxOsxsave = 1u << 27;
+constexpr DWORD kLeaf7EbxAvx2 = 1u << 5;
+// XCR0: the system saves the SSE and the upper halves of the AVX registers on a switch.
+constexpr DWORD kXcr0SseAndYmm = 0x6;
 // Features a system must have confirmed SSE for; each in the chip and OS words may be used.
 constexpr DWORD kSseFamily = TQCPU_SSE2 | TQCPU_SSE3 | TQCPU_SSSE3 | TQCPU_SSE41 | TQCPU_SSE42;
 // Features that need no help from the system.
@@ -89,6 +93,16 @@ CpuIdLeaves ReadCpuId(DWORD processorType)
     __cpuid(regs, 1);
     leaves.leaf1Ecx = static_cast<DWORD>(regs[2]);
     leaves.leaf1Edx = static_cast<DWORD>(regs[3]);
+    // XGETBV is an illegal instruction unless the system has turned on OSXSAVE.
+    if (leaves.leaf1Ecx & kEcxOsxsave)
+    {
+        unsigned low = 0, high = 0;
+        __asm__ volatile("xgetbv" : "=a"(low), "=d"(high) : "c"(0));
+        leaves.xcr0 = low;
+    }
+    if (leaves.maxLeaf < 7) return leaves;
+    __cpuidex(regs, 7, 0);
+    leaves.leaf7Ebx = static_cast<DWORD>(regs[1]);
     return leaves;
 }
 
@@ -197,6 +211,11 @@ CpuWords ClassifyCpu(DWORD processorType, const CpuIdLeaves& leaves, SseProbe pr
         words.chip |= TQCPU_CMOVFPU;
         processorClass = 3;
     }
+    // AVX2 needs AVX beneath it, and a system that saves the 256-bit registers it writes;
+    // without that a thread switch would corrupt them.
+    if ((leaves.leaf7Ebx & kLeaf7EbxAvx2) && (words.chip & TQCPU_AVX)) words.chip |= TQCPU_AVX2;
+    const bool ymmSaved =
+        (leaves.leaf1Ecx & kEcxOsxsave) && (leaves.xcr0 & kXcr0SseAndYmm) == kXcr0SseAndYmm;
     words.os = words.chip & TQCPU_MMX;
     words.detected = words.chip & kPlainFeatures;
 
@@ -209,6 +228,11 @@ CpuWords ClassifyCpu(DWORD processorType, const CpuIdLeaves& leaves, SseProbe pr
         if (processorClass == 4) processorClass = 5;
         words.os |= words.chip & kSseFamily;
         words.detected |= words.chip & words.os & kSseFamily;
+        if (ymmSaved && (words.chip & TQCPU_AVX2))
+        {
+            words.os |= TQCPU_AVX2;
+            words.detected |= TQCPU_AVX2;
+        }
         if ((words.detected & TQCPU_SSE2) && processorClass == 5) processorClass = 6;
     }
     words.chip |= processorClass;

@@ -16,6 +16,9 @@
 #define TQCPU_CMOV 0x00001000u
 #define TQCPU_CMOVFPU 0x00002000u
 #define TQCPU_TSC 0x00004000u
+// AVX2 with the system saving the 256-bit registers. Outside TQCPU_ALLOWABLE, so only
+// TqDisallowCPUSupport and TqAllowCPUSupport move it.
+#define TQCPU_AVX2 0x00008000u
 #define TQCPU_FTZDAZ 0x00020000u // flush-to-zero and denormals-are-zero are in force
 // The bits TqOnlyAllowCPUSupport may replace.
 #define TQCPU_ALLOWABLE 0x00000FF0u
@@ -50,12 +53,15 @@ struct CpuWords
     DWORD os = 0;
 };
 
-// The registers of CPUID leaves 0 and 1 that detection reads; all zero when CPUID was not run.
+// The registers of CPUID leaves 0, 1 and 7 that detection reads, and the extended control
+// register XCR0; all zero when CPUID (or XGETBV) was not run.
 struct CpuIdLeaves
 {
     DWORD maxLeaf = 0;
     DWORD leaf1Ecx = 0;
     DWORD leaf1Edx = 0;
+    DWORD leaf7Ebx = 0;
+    DWORD xcr0 = 0;
 };
 
 // The first SSE instruction of the process, run only when the chip claims SSE: true when it ran,

@@ -1,5 +1,5 @@
 // Test data of the copy engine's tests: stored forms of single samples, two exact values in every
-// block type, and deterministic noise.
+// block type, deterministic noise, and a scoped rounding mode.
 #pragma once
 
 #include "tqsampletype.h"
@@ -126,6 +126,31 @@ public:
 
 private:
     uint32_t m_state = 0x9E3779B9u;
+};
+
+// Sets a rounding mode (0 nearest, 1 down, 2 up, 3 toward zero) in both units for the scope: the
+// scalar rows of 32-bit code round on the x87 unit.
+class RoundingMode
+{
+public:
+    explicit RoundingMode(unsigned mode)
+    {
+        __asm__ volatile("stmxcsr %0" : "=m"(m_mxcsr));
+        __asm__ volatile("fnstcw %0" : "=m"(m_x87));
+        const unsigned mxcsr = (m_mxcsr & ~0x6000u) | (mode << 13);
+        const unsigned short x87 = static_cast<unsigned short>((m_x87 & ~0x0C00u) | (mode << 10));
+        __asm__ volatile("ldmxcsr %0" : : "m"(mxcsr));
+        __asm__ volatile("fldcw %0" : : "m"(x87));
+    }
+    ~RoundingMode()
+    {
+        __asm__ volatile("ldmxcsr %0" : : "m"(m_mxcsr));
+        __asm__ volatile("fldcw %0" : : "m"(m_x87));
+    }
+
+private:
+    unsigned m_mxcsr = 0;
+    unsigned short m_x87 = 0;
 };
 
 } // namespace tq::audio::test

@@ -1,5 +1,6 @@
 // Stereo interleave and de-interleave: the plain moves, the tables against the channel copy rows,
-// and the SSE2 variants: the four-frame groups of the interleavers, the de-interleaver's frames.
+// and the vector variants: the four-frame groups of the interleavers in every rounding mode, the
+// de-interleaver's frames.
 #include "tqinterleave.h"
 
 #include <gtest/gtest.h>
@@ -7,7 +8,8 @@
 #include <string.h>
 
 #include <limits>
-
+#include <string>
+#include <utility>
 #include <vector>
 
 #include "sampleencodings.h"
@@ -313,6 +315,114 @@ TEST_F(Sse2Interleavers, FloatInterleaverClampsLikeTheScalarEntry)
     tq::audio::ScalarStereoInterleaveFunction(TQSAMPLE_PCM16, TQSAMPLE_FLOAT32)(scalar.data(), left,
                                                                                 right, 8);
     EXPECT_EQ(scalar, vector);
+}
+
+// The distinct interleavers of a source at each instruction set the processor allows, richest
+// first: the AVX2 level withholds nothing, the SSE2 one withholds AVX2.
+std::vector<std::pair<std::string, TQAUDIO_INTERLEAVESTEREOFUNC>>
+VectorInterleavers(TQSAMPLETYPE src)
+{
+    TqDisallowCPUSupport(TQCPU_AVX2);
+    const auto sse2 = TqAudio_GetStereoInterleaveFunction(TQSAMPLE_PCM16, src);
+    TqAllowCPUSupport(TQCPU_AVX2);
+    const auto richest = TqAudio_GetStereoInterleaveFunction(TQSAMPLE_PCM16, src);
+    std::vector<std::pair<std::string, TQAUDIO_INTERLEAVESTEREOFUNC>> out;
+    if (richest != sse2) out.emplace_back("AVX2", richest);
+    out.emplace_back("SSE2", sse2);
+    return out;
+}
+
+// Where the processor allows AVX2 each source's AVX2 row must be the one chosen, so that the
+// tests below run it.
+TEST_F(Sse2Interleavers, AvxRowIsChosenWhereAllowed)
+{
+    const bool avx2 = TqGetCPUSupport(TQCPU_AVX2) != 0;
+    printf("  AVX2 %s\n", avx2 ? "allowed: the AVX2 and SSE2 interleavers ran"
+                               : "not allowed here: only the SSE2 interleavers ran");
+    for (TQSAMPLETYPE src : kSources)
+        EXPECT_EQ(avx2 ? 2u : 1u, VectorInterleavers(src).size()) << "src " << src;
+    ScalarOnly scalar; // AVX2 alone is not enough
+    EXPECT_EQ(tq::audio::ScalarStereoInterleaveFunction(TQSAMPLE_PCM16, TQSAMPLE_FLOAT32),
+              TqAudio_GetStereoInterleaveFunction(TQSAMPLE_PCM16, TQSAMPLE_FLOAT32));
+}
+
+// Sources whose scaled values lie on and beside every rounding boundary: for integers of both
+// parities and signs, near zero and near the 16-bit bounds, a zero fraction, one just above,
+// below, at and above a half, and just below one; the ends of the source's range; noise.
+Bytes BoundarySamples(TQSAMPLETYPE src, Noise& noise)
+{
+    const int shift = src == TQSAMPLE_PCM32 ? 16 : 8; // source unit times 32768
+    const long long quotients[] = {0,      1,      2,      3,     -1,     -2,      -3,
+                                   1000,   -1001,  32766,  32767, 32768,  32769,   -32767,
+                                   -32768, -32769, -32770, 65536, -65537, 1 << 20, -(1 << 20)};
+    Bytes out;
+    auto add = [&](const auto& value) {
+        const Bytes b = tq::audio::test::Stored(value);
+        out.insert(out.end(), b.begin(), b.end());
+    };
+    for (long long q : quotients)
+    {
+        if (src == TQSAMPLE_FLOAT32)
+        {
+            for (double fraction : {0.0, 0.125, 0.5, 0.625, 0.875})
+                add(static_cast<float>((q + fraction) / 32768.0));
+            continue;
+        }
+        const long long unit = 1LL << shift;
+        for (long long fraction :
+             {0LL, 1LL, unit / 4 - 1, unit / 4, unit / 2 - 1, unit / 2, unit / 2 + 1, unit - 1})
+        {
+            const long long word = q * unit + fraction;
+            if (word >= INT32_MIN && word <= INT32_MAX) add(static_cast<int32_t>(word));
+        }
+    }
+    if (src == TQSAMPLE_FLOAT32)
+    {
+        for (float v : {1e30f, -1e30f, std::numeric_limits<float>::infinity(),
+                        -std::numeric_limits<float>::infinity(),
+                        std::numeric_limits<float>::quiet_NaN(), 3e9f, -3e9f})
+            add(v);
+    }
+    else
+    {
+        add(INT32_MIN);
+        add(INT32_MAX);
+    }
+    const Bytes more = Samples(noise, src, 64);
+    out.insert(out.end(), more.begin(), more.end());
+    return out;
+}
+
+// The vector rows follow the caller's rounding mode as the scalar entries do, bit for bit, on
+// every boundary, and write whole groups of four frames only, for any count of frames.
+TEST_F(Sse2Interleavers, MatchTheScalarEntriesInEveryRoundingMode)
+{
+    Noise noise;
+    const char* const modes[] = {"nearest", "down", "up", "toward zero"};
+    for (TQSAMPLETYPE src : kSources)
+    {
+        const Bytes samples = BoundarySamples(src, noise);
+        const long total = static_cast<long>(samples.size() / 4);
+        // Left and right take the boundary list from two different starting points.
+        Bytes rotated(samples.begin() + 4 * 5, samples.end());
+        rotated.insert(rotated.end(), samples.begin(), samples.begin() + 4 * 5);
+        const auto scalar = tq::audio::ScalarStereoInterleaveFunction(TQSAMPLE_PCM16, src);
+        for (const auto& [level, vector] : VectorInterleavers(src))
+            for (unsigned mode = 0; mode < 4; ++mode)
+                for (long frames : {total, total - 1, 13L, 12L, 8L, 4L, 3L})
+                {
+                    SCOPED_TRACE(testing::Message() << level << ", src " << src << ", "
+                                                    << modes[mode] << ", " << frames << " frames");
+                    const long whole = frames / 4 * 4;
+                    std::vector<short> expected(2 * frames + 8, 0x5A5A), out = expected;
+                    {
+                        tq::audio::test::RoundingMode rounding(mode);
+                        scalar(expected.data(), samples.data(), rotated.data(), whole);
+                        vector(out.data(), samples.data(), rotated.data(), frames);
+                    }
+                    ASSERT_EQ(expected, out);
+                }
+    }
 }
 
 TEST_F(Sse2Interleavers, LeaveFramesBeyondTheLastGroupUnwritten)

@@ -11,6 +11,7 @@ constexpr DWORD kEdxFpu = 1u << 0, kEdxTsc = 1u << 4, kEdxCmov = 1u << 15, kEdxM
                 kEdxSse = 1u << 25, kEdxSse2 = 1u << 26;
 constexpr DWORD kEcxSse3 = 1u << 0, kEcxSsse3 = 1u << 9, kEcxSse41 = 1u << 19, kEcxSse42 = 1u << 20,
                 kEcxAvx = 1u << 28;
+constexpr DWORD kEcxOsxsave = 1u << 27, kLeaf7Avx2 = 1u << 5, kXcr0Ymm = 0x7;
 constexpr DWORD kEdxAll = kEdxFpu | kEdxTsc | kEdxCmov | kEdxMmx | kEdxSse | kEdxSse2;
 constexpr DWORD kEcxAll = kEcxSse3 | kEcxSsse3 | kEcxSse41 | kEcxSse42 | kEcxAvx;
 constexpr DWORD kSseFamily = TQCPU_SSE2 | TQCPU_SSE3 | TQCPU_SSSE3 | TQCPU_SSE41 | TQCPU_SSE42;
@@ -52,6 +53,39 @@ const ClassifyCase kClassifyCases[] = {
      ProbeRefused,
      {3 | TQCPU_CMOV | TQCPU_CMOVFPU | TQCPU_TSC,
       3 | TQCPU_CMOV | TQCPU_CMOVFPU | TQCPU_TSC | TQCPU_MMX | TQCPU_SSE | kSseFamily | TQCPU_AVX,
+      TQCPU_MMX}},
+    {"AVX2 with the 256-bit registers saved by the system is usable",
+     kTypeAmd64,
+     {13, kEcxAll | kEcxOsxsave, kEdxAll, kLeaf7Avx2, kXcr0Ymm},
+     ProbeRuns,
+     {3 | TQCPU_CMOV | TQCPU_CMOVFPU | TQCPU_TSC | TQCPU_SSE | kSseFamily | TQCPU_FTZDAZ |
+          TQCPU_AVX2,
+      3 | TQCPU_CMOV | TQCPU_CMOVFPU | TQCPU_TSC | TQCPU_MMX | TQCPU_SSE | kSseFamily | TQCPU_AVX |
+          TQCPU_AVX2,
+      TQCPU_MMX | TQCPU_SSE | kSseFamily | TQCPU_AVX2}},
+    {"AVX2 on a system that saves only the 128-bit registers is not",
+     kTypeAmd64,
+     {13, kEcxAll | kEcxOsxsave, kEdxAll, kLeaf7Avx2, 0x3},
+     ProbeRuns,
+     {3 | TQCPU_CMOV | TQCPU_CMOVFPU | TQCPU_TSC | TQCPU_SSE | kSseFamily | TQCPU_FTZDAZ,
+      3 | TQCPU_CMOV | TQCPU_CMOVFPU | TQCPU_TSC | TQCPU_MMX | TQCPU_SSE | kSseFamily | TQCPU_AVX |
+          TQCPU_AVX2,
+      TQCPU_MMX | TQCPU_SSE | kSseFamily}},
+    {"AVX2 without OSXSAVE is not, whatever XCR0 would say",
+     kTypeAmd64,
+     {13, kEcxAll, kEdxAll, kLeaf7Avx2, kXcr0Ymm},
+     ProbeRuns,
+     {3 | TQCPU_CMOV | TQCPU_CMOVFPU | TQCPU_TSC | TQCPU_SSE | kSseFamily | TQCPU_FTZDAZ,
+      3 | TQCPU_CMOV | TQCPU_CMOVFPU | TQCPU_TSC | TQCPU_MMX | TQCPU_SSE | kSseFamily | TQCPU_AVX |
+          TQCPU_AVX2,
+      TQCPU_MMX | TQCPU_SSE | kSseFamily}},
+    {"AVX2 is not usable where the system refuses SSE",
+     kTypeAmd64,
+     {13, kEcxAll | kEcxOsxsave, kEdxAll, kLeaf7Avx2, kXcr0Ymm},
+     ProbeRefused,
+     {3 | TQCPU_CMOV | TQCPU_CMOVFPU | TQCPU_TSC,
+      3 | TQCPU_CMOV | TQCPU_CMOVFPU | TQCPU_TSC | TQCPU_MMX | TQCPU_SSE | kSseFamily | TQCPU_AVX |
+          TQCPU_AVX2,
       TQCPU_MMX}},
     {"486 without CPUID", PROCESSOR_INTEL_486, {}, ProbeMustNotRun, {1, 1, 0}},
     {"Pentium with CMOV but no FPU keeps class 2",
