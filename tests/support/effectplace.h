@@ -65,10 +65,13 @@ public:
         return m_place.location == kTqVstServer32 ? Plugin32Path(file) : PluginPath(file);
     }
 
-    tq::ComPtr<ITqVstEffect> Create(const std::wstring& file, UINT32 id = 0) const
+    tq::ComPtr<ITqVstEffect> Create(const std::wstring& file, UINT32 id = 0,
+                                    HRESULT* hr = nullptr) const
     {
         tq::ComPtr<ITqVstEffect> effect;
-        m_factory->CreateEffect(Plugin(file).c_str(), id, IID_ITqVstEffect, effect.PutVoid());
+        const HRESULT made =
+            m_factory->CreateEffect(Plugin(file).c_str(), id, IID_ITqVstEffect, effect.PutVoid());
+        if (hr) *hr = made;
         return effect;
     }
 
@@ -108,8 +111,9 @@ protected:
     // A test plug-in that must load here.
     tq::ComPtr<ITqVstEffect> Create(const std::wstring& file)
     {
-        tq::ComPtr<ITqVstEffect> effect = m_factory->Create(file);
-        EXPECT_TRUE(effect) << "cannot load " << std::string(file.begin(), file.end());
+        HRESULT hr = E_FAIL;
+        tq::ComPtr<ITqVstEffect> effect = m_factory->Create(file, 0, &hr);
+        EXPECT_EQ(hr, S_OK) << "cannot load " << std::string(file.begin(), file.end());
         return effect;
     }
 

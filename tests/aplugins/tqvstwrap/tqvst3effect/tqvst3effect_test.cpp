@@ -37,11 +37,7 @@ protected:
 
     tq::ComPtr<ITqVstEffect> Create(const wchar_t* file, UINT32 id = 0, HRESULT* hr = nullptr)
     {
-        tq::ComPtr<ITqVstEffect> effect;
-        const HRESULT made = Factory()->CreateEffect(m_factory->Plugin(file).c_str(), id,
-                                                     IID_ITqVstEffect, effect.PutVoid());
-        if (hr) *hr = made;
-        return effect;
+        return m_factory->Create(file, id, hr);
     }
 };
 
