@@ -20,16 +20,14 @@ using Calls = std::vector<std::string>;
 const Calls kRound = {"BeginEdit 1",     "Automate 1 0.5", "EndEdit 1",   "GetTime",
                       "Automate 2 4096", "UpdateDisplay",  "Automate 3 1"};
 
-class MasterRelay : public testing::TestWithParam<tqtest::Place>
+class MasterRelay : public tqtest::PlacedTest
 {
 protected:
     void SetUp() override
     {
-        ASSERT_HRESULT_SUCCEEDED(CoInitialize(nullptr));
-        m_factory = std::make_unique<tqtest::PlacedFactory>(GetParam());
-        if (!m_factory->Available()) GTEST_SKIP() << "no 32-bit server here";
-        ASSERT_EQ(m_factory->Result(), S_OK);
-        effect = m_factory->Create(L"thread_callbacks.dll");
+        ASSERT_NO_FATAL_FAILURE(PlacedTest::SetUp());
+        if (IsSkipped()) return;
+        effect = Create(L"thread_callbacks.dll");
         ASSERT_TRUE(effect);
         master.time.samplePos = 4096.0;
         ASSERT_EQ(effect->SetMaster(&master), S_OK);
@@ -37,15 +35,11 @@ protected:
     void TearDown() override
     {
         effect.Reset();
-        m_factory.reset();
-        CoUninitialize();
+        PlacedTest::TearDown();
     }
 
     tqtest::TestMaster master;
     tq::ComPtr<ITqVstEffect> effect;
-
-private:
-    std::unique_ptr<tqtest::PlacedFactory> m_factory;
 };
 
 TEST_P(MasterRelay, CallsFromThePluginsThreadArriveInOrderWithTheirAnswers)
@@ -100,12 +94,7 @@ TEST_P(MasterRelay, RoundTripFromThePluginsThreadIsMeasured)
                 GetParam().name, caller, thread);
 }
 
-std::string PlaceName(const testing::TestParamInfo<tqtest::Place>& info)
-{
-    constexpr const char* kNames[] = {"InProcess", "Server", "Server32"};
-    return kNames[info.index];
-}
-
-INSTANTIATE_TEST_SUITE_P(Places, MasterRelay, testing::ValuesIn(tqtest::kPlaces), PlaceName);
+INSTANTIATE_TEST_SUITE_P(Places, MasterRelay, testing::ValuesIn(tqtest::kPlaces),
+                         tqtest::PlaceName);
 
 } // namespace

@@ -5,12 +5,11 @@
 // the host choose: an auxiliary input before the main one, and outputs of which the first main
 // bus is off by default and two more main buses are on. It takes any arrangement and reports its
 // buses with as many channels as the arrangement has speakers.
-#include "pluginterfaces/vst/ivsteditcontroller.h"
+#include "callrecord.h"
+#include "editcontroller.h"
 #include "pluginterfaces/vst/ivsthostapplication.h"
 #include "pluginterfaces/vst/ivstmessage.h"
 #include "stereoeffect.h"
-
-#include <windows.h>
 
 #include <cstdio>
 #include <new>
@@ -23,15 +22,7 @@ namespace {
 const FUID kProcessorId(0x1C0A7E55, 0x2B6D4F31, 0x9E84A0C2, 0x57D31F06);
 const FUID kControllerId(0x1C0A7E56, 0x2B6D4F31, 0x9E84A0C2, 0x57D31F06);
 
-void record(const std::string& call)
-{
-    char held[4096] = {};
-    GetEnvironmentVariableA("TQ_VST3_CALLS", held, sizeof held);
-    std::string calls = held;
-    if (!calls.empty()) calls += ' ';
-    calls += call;
-    SetEnvironmentVariableA("TQ_VST3_CALLS", calls.c_str());
-}
+using vst3plugin::recordCall;
 
 // Asks the host for an object of kind I and says whether it came.
 template <class I>
@@ -58,28 +49,15 @@ class Processor final : public vst3plugin::StereoEffect<IConnectionPoint>
 public:
     Processor() : StereoEffect(u"In", u"Out") {}
 
-    tresult PLUGIN_API queryInterface(const TUID iid, void** obj) override
-    {
-        if (!obj) return kInvalidArgument;
-        *obj = nullptr;
-        IComponent* component = this;
-        if (vst3plugin::answer<FUnknown>(this, iid, obj, component) ||
-            vst3plugin::answer<IPluginBase>(this, iid, obj, component) ||
-            vst3plugin::answer<IComponent>(this, iid, obj, component) ||
-            vst3plugin::answer<IAudioProcessor>(this, iid, obj, this) ||
-            vst3plugin::answer<IConnectionPoint>(this, iid, obj, this))
-            return kResultOk;
-        return kNoInterface;
-    }
     tresult PLUGIN_API initialize(FUnknown* context) override
     {
         m_host = hostOf(context);
-        record(std::string("C.init:") + made<IMessage>(m_host));
+        recordCall(std::string("C.init:") + made<IMessage>(m_host));
         return kResultOk;
     }
     tresult PLUGIN_API terminate() override
     {
-        record("C.term");
+        recordCall("C.term");
         if (m_host) m_host->release();
         m_host = nullptr;
         return kResultOk;
@@ -92,7 +70,7 @@ public:
     tresult PLUGIN_API setState(IBStream*) override { return kResultOk; }
     tresult PLUGIN_API getState(IBStream*) override
     {
-        record("C.getState");
+        recordCall("C.getState");
         return kResultOk;
     }
 
@@ -112,8 +90,8 @@ public:
     }
     tresult PLUGIN_API activateBus(MediaType, BusDirection dir, int32 index, TBool state) override
     {
-        record("C.bus:" + std::to_string(dir) + ":" + std::to_string(index) + ":" +
-               std::to_string(state));
+        recordCall("C.bus:" + std::to_string(dir) + ":" + std::to_string(index) + ":" +
+                   std::to_string(state));
         return kResultOk;
     }
     tresult PLUGIN_API setBusArrangements(SpeakerArrangement* inputs, int32 numIns,
@@ -125,7 +103,7 @@ public:
             call += (i ? "," : ":") + hex(m_inputs[i] = inputs[i]);
         for (int32 i = 0; i < numOuts; ++i)
             call += (i ? "," : ":") + hex(m_outputs[i] = outputs[i]);
-        record(call);
+        recordCall(call);
         return kResultOk;
     }
     tresult PLUGIN_API getBusArrangement(BusDirection dir, int32 index,
@@ -138,28 +116,28 @@ public:
     tresult PLUGIN_API setActive(TBool state) override
     {
         // Hosts' objects are made from inside setActive too.
-        record("C.active:" + std::to_string(state) + ":" + made<IAttributeList>(m_host));
+        recordCall("C.active:" + std::to_string(state) + ":" + made<IAttributeList>(m_host));
         return kResultOk;
     }
     tresult PLUGIN_API setupProcessing(ProcessSetup& setup) override
     {
-        record("C.setup:" + std::to_string(setup.maxSamplesPerBlock) + ":" +
-               std::to_string(static_cast<int>(setup.sampleRate)));
+        recordCall("C.setup:" + std::to_string(setup.maxSamplesPerBlock) + ":" +
+                   std::to_string(static_cast<int>(setup.sampleRate)));
         return kResultOk;
     }
     tresult PLUGIN_API setProcessing(TBool state) override
     {
-        record("C.processing:" + std::to_string(state));
+        recordCall("C.processing:" + std::to_string(state));
         return kResultOk;
     }
     // The main buses are the second of each direction; the first two channels are halved.
     tresult PLUGIN_API process(ProcessData& data) override
     {
         const ProcessContext* context = data.processContext;
-        record("C.process:" + (context ? std::to_string(context->tempo) + ":" +
-                                             std::to_string(context->projectTimeSamples) + ":" +
-                                             std::to_string(context->state)
-                                       : std::string("none")));
+        recordCall("C.process:" + (context ? std::to_string(context->tempo) + ":" +
+                                                 std::to_string(context->projectTimeSamples) + ":" +
+                                                 std::to_string(context->state)
+                                           : std::string("none")));
         if (data.numInputs < 2 || data.numOutputs < 2) return kResultFalse;
         for (int32 c = 0; c < 2; ++c)
             for (int32 s = 0; s < data.numSamples; ++s)
@@ -170,12 +148,12 @@ public:
 
     tresult PLUGIN_API connect(IConnectionPoint* other) override
     {
-        record(other ? "C.connect" : "C.connect:null");
+        recordCall(other ? "C.connect" : "C.connect:null");
         return kResultOk;
     }
     tresult PLUGIN_API disconnect(IConnectionPoint*) override
     {
-        record("C.disconnect");
+        recordCall("C.disconnect");
         return kResultOk;
     }
     tresult PLUGIN_API notify(IMessage*) override { return kResultOk; }
@@ -198,21 +176,9 @@ private:
                                        SpeakerArr::kStereo};
 };
 
-class Controller final : public vst3plugin::Object<IEditController, IConnectionPoint>
+class Controller final : public vst3plugin::Object<vst3plugin::EditController, IConnectionPoint>
 {
 public:
-    tresult PLUGIN_API queryInterface(const TUID iid, void** obj) override
-    {
-        if (!obj) return kInvalidArgument;
-        *obj = nullptr;
-        IEditController* controller = this;
-        if (vst3plugin::answer<FUnknown>(this, iid, obj, controller) ||
-            vst3plugin::answer<IPluginBase>(this, iid, obj, controller) ||
-            vst3plugin::answer<IEditController>(this, iid, obj, controller) ||
-            vst3plugin::answer<IConnectionPoint>(this, iid, obj, this))
-            return kResultOk;
-        return kNoInterface;
-    }
     tresult PLUGIN_API initialize(FUnknown* context) override
     {
         std::string name = "none";
@@ -225,41 +191,21 @@ public:
                 name += static_cast<char>(text[i]);
             host->release();
         }
-        record("E.init:" + name);
+        recordCall("E.init:" + name);
         return kResultOk;
     }
     tresult PLUGIN_API terminate() override
     {
-        record("E.term");
+        recordCall("E.term");
         return kResultOk;
     }
     tresult PLUGIN_API setComponentState(IBStream*) override
     {
-        record("E.setComponentState");
+        recordCall("E.setComponentState");
         return kResultOk;
     }
     tresult PLUGIN_API setState(IBStream*) override { return kResultOk; }
     tresult PLUGIN_API getState(IBStream*) override { return kResultOk; }
-    int32 PLUGIN_API getParameterCount() override { return 0; }
-    tresult PLUGIN_API getParameterInfo(int32, ParameterInfo&) override { return kInvalidArgument; }
-    tresult PLUGIN_API getParamStringByValue(ParamID, ParamValue, String128) override
-    {
-        return kInvalidArgument;
-    }
-    tresult PLUGIN_API getParamValueByString(ParamID, TChar*, ParamValue&) override
-    {
-        return kNotImplemented;
-    }
-    ParamValue PLUGIN_API normalizedParamToPlain(ParamID, ParamValue value) override
-    {
-        return value;
-    }
-    ParamValue PLUGIN_API plainParamToNormalized(ParamID, ParamValue value) override
-    {
-        return value;
-    }
-    ParamValue PLUGIN_API getParamNormalized(ParamID) override { return 0.0; }
-    tresult PLUGIN_API setParamNormalized(ParamID, ParamValue) override { return kResultFalse; }
     // Asks the handler for its second version, which a host need not have, and for a restart it
     // refuses.
     tresult PLUGIN_API setComponentHandler(IComponentHandler* handler) override
@@ -268,20 +214,19 @@ public:
         void* second = nullptr;
         const bool has = handler->queryInterface(IComponentHandler2::iid, &second) == kResultOk;
         if (has) static_cast<FUnknown*>(second)->release();
-        record(std::string("E.handler:") + (has ? "v2" : "v1") + ":restart" +
-               std::to_string(handler->restartComponent(kLatencyChanged)));
+        recordCall(std::string("E.handler:") + (has ? "v2" : "v1") + ":restart" +
+                   std::to_string(handler->restartComponent(kLatencyChanged)));
         return kResultOk;
     }
-    IPlugView* PLUGIN_API createView(FIDString) override { return nullptr; }
 
     tresult PLUGIN_API connect(IConnectionPoint*) override
     {
-        record("E.connect");
+        recordCall("E.connect");
         return kResultOk;
     }
     tresult PLUGIN_API disconnect(IConnectionPoint*) override
     {
-        record("E.disconnect");
+        recordCall("E.disconnect");
         return kResultOk;
     }
     tresult PLUGIN_API notify(IMessage*) override { return kResultOk; }
@@ -299,7 +244,5 @@ const vst3plugin::ClassEntry kClasses[] = {
 
 IPluginFactory* PLUGIN_API GetPluginFactory()
 {
-    static vst3plugin::Factory factory("tqvst", kClasses, 2);
-    factory.addRef();
-    return &factory;
+    return vst3plugin::moduleFactory(kClasses);
 }

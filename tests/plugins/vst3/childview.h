@@ -1,12 +1,13 @@
 // The part our VST3 editor test plug-ins share: a single-object stereo pass-through whose
 // controller makes a view, and the view, which puts a child window into the host's window and
 // writes down every call a host makes on it. A plug-in picks the view's size, whether it can
-// resize and the smallest width it accepts; a host in the same process reads the record back.
+// resize and the smallest width it accepts, and exports only its factory; a host in the same
+// process reads the record back.
 #pragma once
 
 #include "childview_record.h"
+#include "editcontroller.h"
 #include "pluginterfaces/gui/iplugview.h"
-#include "pluginterfaces/vst/ivsteditcontroller.h"
 #include "stereoeffect.h"
 
 #include <windows.h>
@@ -35,16 +36,6 @@ public:
     {
         ++g_record.views;
         ++g_record.viewsAlive;
-    }
-
-    tresult PLUGIN_API queryInterface(const TUID iid, void** obj) override
-    {
-        if (!obj) return kInvalidArgument;
-        *obj = nullptr;
-        if (vst3plugin::answer<FUnknown>(this, iid, obj, this) ||
-            vst3plugin::answer<IPlugView>(this, iid, obj, this))
-            return kResultOk;
-        return kNoInterface;
     }
 
     tresult PLUGIN_API isPlatformTypeSupported(FIDString type) override
@@ -126,25 +117,14 @@ private:
     HWND m_child = nullptr;
 };
 
-// Passes audio through unchanged and has no parameters: all it offers a host is its view.
-class Effect final : public vst3plugin::StereoEffect<IEditController>
+// Passes audio through unchanged and has no parameters: all it offers a host is its view, of the
+// shape Shape.
+template <const ViewShape& Shape>
+class Effect final : public vst3plugin::StereoEffect<vst3plugin::EditController>
 {
 public:
-    explicit Effect(const ViewShape& shape) : StereoEffect(u"Stereo", u"Stereo"), m_shape(shape) {}
+    Effect() : vst3plugin::StereoEffect<vst3plugin::EditController>(u"Stereo", u"Stereo") {}
 
-    tresult PLUGIN_API queryInterface(const TUID iid, void** obj) override
-    {
-        if (!obj) return kInvalidArgument;
-        *obj = nullptr;
-        IComponent* component = this;
-        if (vst3plugin::answer<FUnknown>(this, iid, obj, component) ||
-            vst3plugin::answer<IPluginBase>(this, iid, obj, component) ||
-            vst3plugin::answer<IComponent>(this, iid, obj, component) ||
-            vst3plugin::answer<IAudioProcessor>(this, iid, obj, this) ||
-            vst3plugin::answer<IEditController>(this, iid, obj, this))
-            return kResultOk;
-        return kNoInterface;
-    }
     tresult PLUGIN_API initialize(FUnknown*) override { return kResultOk; }
     tresult PLUGIN_API terminate() override { return kResultOk; }
 
@@ -153,42 +133,18 @@ public:
     tresult PLUGIN_API getState(IBStream*) override { return kResultOk; }
     tresult PLUGIN_API process(ProcessData& data) override
     {
-        scale(data, 1.0f);
+        this->scale(data, 1.0f);
         return kResultOk;
     }
 
-    tresult PLUGIN_API setComponentState(IBStream*) override { return kResultOk; }
-    int32 PLUGIN_API getParameterCount() override { return 0; }
-    tresult PLUGIN_API getParameterInfo(int32, ParameterInfo&) override { return kInvalidArgument; }
-    tresult PLUGIN_API getParamStringByValue(ParamID, ParamValue, String128) override
-    {
-        return kInvalidArgument;
-    }
-    tresult PLUGIN_API getParamValueByString(ParamID, TChar*, ParamValue&) override
-    {
-        return kInvalidArgument;
-    }
-    ParamValue PLUGIN_API normalizedParamToPlain(ParamID, ParamValue value) override
-    {
-        return value;
-    }
-    ParamValue PLUGIN_API plainParamToNormalized(ParamID, ParamValue value) override
-    {
-        return value;
-    }
-    ParamValue PLUGIN_API getParamNormalized(ParamID) override { return 0.0; }
-    tresult PLUGIN_API setParamNormalized(ParamID, ParamValue) override { return kInvalidArgument; }
-    tresult PLUGIN_API setComponentHandler(IComponentHandler*) override { return kResultOk; }
     IPlugView* PLUGIN_API createView(FIDString name) override
     {
         if (!name || std::strcmp(name, "editor") != 0) return nullptr;
-        return new (std::nothrow) View(m_shape);
+        return new (std::nothrow) View(Shape);
     }
 
 private:
     ~Effect() override = default;
-
-    ViewShape m_shape;
 };
 
 } // namespace childview

@@ -9,14 +9,9 @@ namespace {
 
 const FUID kClassId(0x2E91D4A7, 0x6B034F58, 0x8D17C2E9, 0x40A5B6F1);
 
-FUnknown* createNothing()
-{
-    return nullptr;
-}
-
 const vst3plugin::ClassEntry kClasses[] = {
     {vst3plugin::classInfo(kClassId, kVstAudioEffectClass, "First Factory Only", "Fx", "1.0"),
-     createNothing},
+     vst3plugin::createNothing},
 };
 
 class FirstVersionFactory final : public vst3plugin::Factory

@@ -8,14 +8,9 @@ namespace {
 
 const FUID kClassId(0x6D2A0B93, 0x4E7F4C21, 0x9A35B0E8, 0x17C4F6D2);
 
-FUnknown* createNothing()
-{
-    return nullptr;
-}
-
 const vst3plugin::ClassEntry kClasses[] = {
     {vst3plugin::classInfo(kClassId, kVstAudioEffectClass, "Fault In Class Info", "Fx", "1.0"),
-     createNothing},
+     vst3plugin::createNothing},
 };
 
 class FaultingFactory final : public vst3plugin::Factory

@@ -12,13 +12,9 @@ namespace {
 
 const FUID kClassId(0x5B0E7711, 0x2F4C4D19, 0xA6E03B58, 0x91C2D4E7);
 
-FUnknown* createNothing()
-{
-    return nullptr;
-}
-
 const vst3plugin::ClassEntry kClasses[] = {
-    {vst3plugin::classInfo(kClassId, kVstAudioEffectClass, "Refused", "Fx", "1.0"), createNothing},
+    {vst3plugin::classInfo(kClassId, kVstAudioEffectClass, "Refused", "Fx", "1.0"),
+     vst3plugin::createNothing},
 };
 
 void noteCall(const wchar_t* name)
@@ -31,9 +27,7 @@ void noteCall(const wchar_t* name)
 IPluginFactory* PLUGIN_API GetPluginFactory()
 {
     noteCall(L"GetPluginFactory");
-    static vst3plugin::Factory factory("tqvst", kClasses, 1);
-    factory.addRef();
-    return &factory;
+    return vst3plugin::moduleFactory(kClasses);
 }
 
 // Declared as returning a wider type so that the bits above the low byte are set.

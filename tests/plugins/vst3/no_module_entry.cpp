@@ -9,21 +9,14 @@ namespace {
 
 const FUID kClassId(0x0C4F9A62, 0x7D3B4E85, 0xB1A9E2C0, 0x5F68D317);
 
-FUnknown* createNothing()
-{
-    return nullptr;
-}
-
 const vst3plugin::ClassEntry kClasses[] = {
     {vst3plugin::classInfo(kClassId, kVstAudioEffectClass, "No Module Entry", "Fx", "3.1.4"),
-     createNothing},
+     vst3plugin::createNothing},
 };
 
 } // namespace
 
 IPluginFactory* PLUGIN_API GetPluginFactory()
 {
-    static vst3plugin::Factory factory("tqvst", kClasses, 1);
-    factory.addRef();
-    return &factory;
+    return vst3plugin::moduleFactory(kClasses);
 }

@@ -2,10 +2,9 @@
 // IAudioProcessor and IEditController, so a host must initialise and terminate it once only.
 // It counts those calls and reports them as read-only parameters.
 #include "hosting/streamer.h"
-#include "pluginterfaces/vst/ivsteditcontroller.h"
+#include "editcontroller.h"
+#include "moduleentry.h"
 #include "stereoeffect.h"
-
-#include <new>
 
 using namespace vst3;
 
@@ -21,24 +20,11 @@ enum : ParamID
     kParameterCount
 };
 
-class SingleObject final : public vst3plugin::StereoEffect<IEditController>
+class SingleObject final : public vst3plugin::StereoEffect<vst3plugin::EditController>
 {
 public:
     SingleObject() : StereoEffect(u"Stereo", u"Stereo") {}
 
-    tresult PLUGIN_API queryInterface(const TUID iid, void** obj) override
-    {
-        if (!obj) return kInvalidArgument;
-        *obj = nullptr;
-        IComponent* component = this;
-        if (vst3plugin::answer<FUnknown>(this, iid, obj, component) ||
-            vst3plugin::answer<IPluginBase>(this, iid, obj, component) ||
-            vst3plugin::answer<IComponent>(this, iid, obj, component) ||
-            vst3plugin::answer<IAudioProcessor>(this, iid, obj, this) ||
-            vst3plugin::answer<IEditController>(this, iid, obj, this))
-            return kResultOk;
-        return kNoInterface;
-    }
     tresult PLUGIN_API initialize(FUnknown*) override
     {
         ++m_initializeCount;
@@ -81,7 +67,6 @@ public:
     }
 
     // IEditController. setState and getState above serve both interfaces: one object, one state.
-    tresult PLUGIN_API setComponentState(IBStream*) override { return kResultOk; }
     int32 PLUGIN_API getParameterCount() override { return static_cast<int32>(kParameterCount); }
     tresult PLUGIN_API getParameterInfo(int32 index, ParameterInfo& info) override
     {
@@ -98,18 +83,6 @@ public:
     {
         string[0] = 0;
         return kResultOk;
-    }
-    tresult PLUGIN_API getParamValueByString(ParamID, TChar*, ParamValue&) override
-    {
-        return kNotImplemented;
-    }
-    ParamValue PLUGIN_API normalizedParamToPlain(ParamID, ParamValue value) override
-    {
-        return value;
-    }
-    ParamValue PLUGIN_API plainParamToNormalized(ParamID, ParamValue value) override
-    {
-        return value;
     }
     // The counts read as tenths, so one call is 0.1.
     ParamValue PLUGIN_API getParamNormalized(ParamID id) override
@@ -131,8 +104,6 @@ public:
         m_gain = value;
         return kResultOk;
     }
-    tresult PLUGIN_API setComponentHandler(IComponentHandler*) override { return kResultOk; }
-    IPlugView* PLUGIN_API createView(FIDString) override { return nullptr; }
 
 private:
     ~SingleObject() = default;
@@ -142,32 +113,9 @@ private:
     int m_terminateCount = 0;
 };
 
-FUnknown* createSingleObject()
-{
-    IComponent* object = new (std::nothrow) SingleObject();
-    return object;
-}
-
-const vst3plugin::ClassEntry kClasses[] = {
-    {vst3plugin::classInfo(kClassId, kVstAudioEffectClass, "Single Object", "Fx", "1.0.0"),
-     createSingleObject},
-};
-
 } // namespace
 
 IPluginFactory* PLUGIN_API GetPluginFactory()
 {
-    static vst3plugin::Factory factory("tqvst", kClasses, 1);
-    factory.addRef();
-    return &factory;
-}
-
-extern "C" __declspec(dllexport) bool InitDll()
-{
-    return true;
-}
-
-extern "C" __declspec(dllexport) bool ExitDll()
-{
-    return true;
+    return vst3plugin::singleClassFactory<SingleObject>(kClassId, "Single Object", "Fx");
 }

@@ -67,10 +67,7 @@ public:
         if (slotOf(id) < 0) return kInvalidArgument;
         char text[32];
         std::snprintf(text, sizeof text, "%u:%.2f", id, value);
-        int i = 0;
-        for (; text[i]; ++i)
-            string[i] = static_cast<TChar>(text[i]);
-        string[i] = 0;
+        vst3plugin::putText(string, text);
         return kResultOk;
     }
     ParamValue PLUGIN_API getParamNormalized(ParamID id) override

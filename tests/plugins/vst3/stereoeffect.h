@@ -1,7 +1,7 @@
 // The part every stereo test effect shares: a reference-counted object with one stereo bus each
-// way, 32-bit samples only, no latency and no tail. A plug-in derives from StereoEffect, adds
-// its own interfaces, and writes only what makes it different: queryInterface, its state and
-// its process.
+// way, 32-bit samples only, no latency and no tail, that answers the interfaces it is made of. A
+// plug-in derives from StereoEffect, adds its own interfaces, and writes only what makes it
+// different: its state and its process.
 #pragma once
 
 #include "pluginterfaces/vst/ivstaudioprocessor.h"
@@ -9,14 +9,20 @@
 #include "vst3plugin.h"
 
 #include <cmath>
+#include <new>
 
 namespace vst3plugin {
 
-// Reference counting for an object made of several interfaces; the last release deletes it.
+// Reference counting for an object made of several interfaces, the first of which also stands for
+// FUnknown; the last release deletes it.
 template <class... Interfaces>
 class Object : public Interfaces...
 {
 public:
+    tresult PLUGIN_API queryInterface(const TUID iid, void** obj) override
+    {
+        return queryAmong<Interfaces...>(this, iid, obj);
+    }
     uint32 PLUGIN_API addRef() override { return ++m_refs; }
     uint32 PLUGIN_API release() override
     {
@@ -120,5 +126,16 @@ private:
     const char16_t* m_inputName;
     const char16_t* m_outputName;
 };
+
+// The module's factory over one audio class made by Plugin's default constructor.
+template <class Plugin>
+IPluginFactory* singleClassFactory(const FUID& cid, const char* name, const char* subCategories)
+{
+    static const ClassEntry classes[] = {
+        {classInfo(cid, kVstAudioEffectClass, name, subCategories, "1.0.0"),
+         []() -> FUnknown* { return static_cast<IComponent*>(new (std::nothrow) Plugin()); }},
+    };
+    return moduleFactory(classes);
+}
 
 } // namespace vst3plugin

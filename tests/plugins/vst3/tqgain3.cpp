@@ -2,7 +2,8 @@
 // joined through connection points, with a bypass, a read-only peak meter, and a program-change
 // parameter on the root unit backed by a unit program list.
 #include "hosting/streamer.h"
-#include "pluginterfaces/vst/ivsteditcontroller.h"
+#include "editcontroller.h"
+#include "moduleentry.h"
 #include "pluginterfaces/vst/ivsthostapplication.h"
 #include "pluginterfaces/vst/ivstunits.h"
 #include "stereoeffect.h"
@@ -71,19 +72,6 @@ class Processor final : public vst3plugin::StereoEffect<IConnectionPoint>
 public:
     Processor() : StereoEffect(u"Stereo In", u"Stereo Out") {}
 
-    tresult PLUGIN_API queryInterface(const TUID iid, void** obj) override
-    {
-        if (!obj) return kInvalidArgument;
-        *obj = nullptr;
-        IComponent* component = this;
-        if (vst3plugin::answer<FUnknown>(this, iid, obj, component) ||
-            vst3plugin::answer<IPluginBase>(this, iid, obj, component) ||
-            vst3plugin::answer<IComponent>(this, iid, obj, component) ||
-            vst3plugin::answer<IAudioProcessor>(this, iid, obj, this) ||
-            vst3plugin::answer<IConnectionPoint>(this, iid, obj, this))
-            return kResultOk;
-        return kNoInterface;
-    }
     tresult PLUGIN_API initialize(FUnknown* context) override
     {
         if (context)
@@ -192,22 +180,10 @@ private:
     GainState m_state;
 };
 
-class Controller final : public vst3plugin::Object<IEditController, IConnectionPoint, IUnitInfo>
+class Controller final
+    : public vst3plugin::Object<vst3plugin::EditController, IConnectionPoint, IUnitInfo>
 {
 public:
-    tresult PLUGIN_API queryInterface(const TUID iid, void** obj) override
-    {
-        if (!obj) return kInvalidArgument;
-        *obj = nullptr;
-        IEditController* controller = this;
-        if (vst3plugin::answer<FUnknown>(this, iid, obj, controller) ||
-            vst3plugin::answer<IPluginBase>(this, iid, obj, controller) ||
-            vst3plugin::answer<IEditController>(this, iid, obj, controller) ||
-            vst3plugin::answer<IConnectionPoint>(this, iid, obj, this) ||
-            vst3plugin::answer<IUnitInfo>(this, iid, obj, this))
-            return kResultOk;
-        return kNoInterface;
-    }
     tresult PLUGIN_API initialize(FUnknown*) override { return kResultOk; }
     tresult PLUGIN_API terminate() override
     {
@@ -290,23 +266,8 @@ public:
         default:
             return kInvalidArgument;
         }
-        int i = 0;
-        for (; text[i]; ++i)
-            string[i] = static_cast<TChar>(text[i]);
-        string[i] = 0;
+        vst3plugin::putText(string, text);
         return kResultOk;
-    }
-    tresult PLUGIN_API getParamValueByString(ParamID, TChar*, ParamValue&) override
-    {
-        return kNotImplemented;
-    }
-    ParamValue PLUGIN_API normalizedParamToPlain(ParamID, ParamValue value) override
-    {
-        return value;
-    }
-    ParamValue PLUGIN_API plainParamToNormalized(ParamID, ParamValue value) override
-    {
-        return value;
     }
     ParamValue PLUGIN_API getParamNormalized(ParamID id) override
     {
@@ -325,7 +286,6 @@ public:
         m_handler = handler;
         return kResultOk;
     }
-    IPlugView* PLUGIN_API createView(FIDString) override { return nullptr; }
 
     tresult PLUGIN_API connect(IConnectionPoint* other) override
     {
@@ -406,41 +366,17 @@ private:
     double m_values[kParameterCount] = {0.5, 0.0, 0.0, 0.0};
 };
 
-FUnknown* createProcessor()
-{
-    IComponent* processor = new (std::nothrow) Processor();
-    return processor;
-}
-
-FUnknown* createController()
-{
-    IEditController* controller = new (std::nothrow) Controller();
-    return controller;
-}
-
 const vst3plugin::ClassEntry kClasses[] = {
     {vst3plugin::classInfo(kProcessorId, kVstAudioEffectClass, "TqGain3", "Fx", "1.2.3.4"),
-     createProcessor},
+     []() -> FUnknown* { return static_cast<IComponent*>(new (std::nothrow) Processor()); }},
     {vst3plugin::classInfo(kControllerId, kVstComponentControllerClass, "TqGain3 Controller", "",
                            "1.2.3.4"),
-     createController},
+     []() -> FUnknown* { return static_cast<IEditController*>(new (std::nothrow) Controller()); }},
 };
 
 } // namespace
 
 IPluginFactory* PLUGIN_API GetPluginFactory()
 {
-    static vst3plugin::Factory factory("tqvst", kClasses, 2);
-    factory.addRef();
-    return &factory;
-}
-
-extern "C" __declspec(dllexport) bool InitDll()
-{
-    return true;
-}
-
-extern "C" __declspec(dllexport) bool ExitDll()
-{
-    return true;
+    return vst3plugin::moduleFactory(kClasses);
 }

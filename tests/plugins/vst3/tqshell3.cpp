@@ -18,24 +18,19 @@ const FUID kControllerId(0x3A61C0DE, 0x11E24B7A, 0x8C5D0F13, 0x6E9B2A02);
 const FUID kSecondId(0x3A61C0DE, 0x11E24B7A, 0x8C5D0F13, 0x6E9B2A03);
 const FUID kThirdId(0x3A61C0DE, 0x11E24B7A, 0x8C5D0F13, 0x6E9B2A04);
 
-FUnknown* createNothing()
-{
-    return nullptr;
-}
-
 // The second class's version is beyond what a host can number; the first's last field is at
 // its widest.
 const vst3plugin::ClassEntry kClasses[] = {
     {vst3plugin::classInfo(kFirstId, kVstAudioEffectClass, "Shell First", "Fx", "1.2.3.429"),
-     createNothing},
+     vst3plugin::createNothing},
     {vst3plugin::classInfo(kControllerId, kVstComponentControllerClass, "Shell Controller", "",
                            "1.0.0"),
-     createNothing},
+     vst3plugin::createNothing},
     {vst3plugin::classInfo(kSecondId, kVstAudioEffectClass, "Shell Second", "Fx", "429.0.0.0"),
-     createNothing},
+     vst3plugin::createNothing},
     {vst3plugin::classInfo(kThirdId, kVstAudioEffectClass, "Shell Third", "Instrument|Synth",
                            "2.5"),
-     createNothing},
+     vst3plugin::createNothing},
 };
 
 vst3plugin::Factory& factory()

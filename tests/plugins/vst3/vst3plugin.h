@@ -5,6 +5,7 @@
 
 #include <atomic>
 #include <cstring>
+#include <type_traits>
 
 extern "C" __declspec(dllexport) vst3::IPluginFactory* PLUGIN_API GetPluginFactory();
 
@@ -21,11 +22,13 @@ void putText(char (&out)[N], const char* text)
     out[i] = 0;
 }
 
-inline void putText(String128 out, const char16_t* text)
+// Into a String128, from UTF-16 or from ASCII.
+template <class Char>
+void putText(TChar* out, const Char* text)
 {
     int i = 0;
     for (; text[i] && i < 127; ++i)
-        out[i] = text[i];
+        out[i] = static_cast<TChar>(text[i]);
     out[i] = 0;
 }
 
@@ -52,6 +55,22 @@ bool answer(Self* self, const TUID iid, void** obj, Interface* as)
     *obj = as;
     self->addRef();
     return true;
+}
+
+// The whole queryInterface of an object made of Interfaces: FUnknown (and IPluginBase, if the
+// first derives from it) are answered as the first of them.
+template <class First, class... Others, class Self>
+tresult queryAmong(Self* self, const TUID iid, void** obj)
+{
+    if (!obj) return kInvalidArgument;
+    *obj = nullptr;
+    First* first = self;
+    bool found = answer<FUnknown>(self, iid, obj, first);
+    if constexpr (std::is_base_of_v<IPluginBase, First>)
+        found = found || answer<IPluginBase>(self, iid, obj, first);
+    found = found || answer<First>(self, iid, obj, first) ||
+            (answer<Others>(self, iid, obj, static_cast<Others*>(self)) || ...);
+    return found ? kResultOk : kNoInterface;
 }
 
 struct ClassEntry
@@ -134,5 +153,21 @@ private:
     int32 m_count;
     std::atomic<uint32> m_refs{1};
 };
+
+// The maker of a class a host may list but not instantiate.
+inline FUnknown* createNothing()
+{
+    return nullptr;
+}
+
+// What GetPluginFactory returns: the module's one factory over its class table, with a reference
+// for the caller. A module calls it from GetPluginFactory only, with one table.
+template <int32 N>
+Factory* moduleFactory(const ClassEntry (&classes)[N], const char* vendor = "tqvst")
+{
+    static Factory factory(vendor, classes, N);
+    factory.addRef();
+    return &factory;
+}
 
 } // namespace vst3plugin

@@ -85,14 +85,15 @@ protected:
 
     void TearDown() override
     {
+        endPair();
         if (factory) factory->release();
         if (!module) return;
         procAddress<ExitModuleProc>(module, "ExitDll")();
         FreeLibrary(module);
     }
 
-    // Component and controller of the audio class, initialised and connected.
-    void makePair(IComponent*& component, IEditController*& controller)
+    // Component and controller of the audio class, initialised; the test ends them.
+    void makePair()
     {
         PClassInfo2 info{};
         auto* factory2 = query<IPluginFactory2>(factory);
@@ -110,18 +111,22 @@ protected:
         ASSERT_EQ(kResultOk, controller->initialize(&host));
     }
 
-    static void endPair(IComponent* component, IEditController* controller)
+    void endPair()
     {
-        component->terminate();
-        controller->terminate();
-        component->release();
-        controller->release();
+        if (component) component->terminate();
+        if (controller) controller->terminate();
+        if (component) component->release();
+        if (controller) controller->release();
+        component = nullptr;
+        controller = nullptr;
     }
 
     HMODULE module = nullptr;
     IPluginFactory* factory = nullptr;
     TestHost host;
     FUID classId;
+    IComponent* component = nullptr;
+    IEditController* controller = nullptr;
 };
 
 } // namespace
@@ -144,10 +149,7 @@ TEST_F(GainModule, DescribesOneAudioClassAndItsController)
 
 TEST_F(GainModule, ConnectionCarriesTheProcessorStateAsABinaryAttribute)
 {
-    IComponent* component = nullptr;
-    IEditController* controller = nullptr;
-    makePair(component, controller);
-    ASSERT_FALSE(HasFatalFailure());
+    ASSERT_NO_FATAL_FAILURE(makePair());
 
     MemoryStream state;
     IBStreamer writer(&state);
@@ -165,15 +167,11 @@ TEST_F(GainModule, ConnectionCarriesTheProcessorStateAsABinaryAttribute)
     EXPECT_EQ(kResultOk, processorPoint->disconnect(controllerPoint));
     processorPoint->release();
     controllerPoint->release();
-    endPair(component, controller);
 }
 
 TEST_F(GainModule, ABlockCarriesChangesInAndThePeakOut)
 {
-    IComponent* component = nullptr;
-    IEditController* controller = nullptr;
-    makePair(component, controller);
-    ASSERT_FALSE(HasFatalFailure());
+    ASSERT_NO_FATAL_FAILURE(makePair());
     auto* processor = query<IAudioProcessor>(component);
     ASSERT_NE(nullptr, processor);
     ProcessSetup setup{kRealtime, kSample32, 64, 44100.0};
@@ -206,15 +204,11 @@ TEST_F(GainModule, ABlockCarriesChangesInAndThePeakOut)
 
     component->setActive(false);
     processor->release();
-    endPair(component, controller);
 }
 
 TEST_F(GainModule, APresetRestoresAFreshPairAndIsRefusedByAnotherClass)
 {
-    IComponent* component = nullptr;
-    IEditController* controller = nullptr;
-    makePair(component, controller);
-    ASSERT_FALSE(HasFatalFailure());
+    ASSERT_NO_FATAL_FAILURE(makePair());
     MemoryStream state;
     IBStreamer writer(&state);
     ASSERT_TRUE(writer.writeDouble(0.125) && writer.writeInt32(0));
@@ -224,10 +218,9 @@ TEST_F(GainModule, APresetRestoresAFreshPairAndIsRefusedByAnotherClass)
 
     MemoryStream preset;
     ASSERT_TRUE(PresetFile::savePreset(&preset, classId, component, controller));
-    endPair(component, controller);
+    endPair();
 
-    makePair(component, controller);
-    ASSERT_FALSE(HasFatalFailure());
+    ASSERT_NO_FATAL_FAILURE(makePair());
     bool classMatched = false;
     preset.seek(0, IBStream::kIBSeekSet, nullptr);
     EXPECT_FALSE(PresetFile::loadPreset(&preset, FUID(1, 2, 3, 4), component, controller, nullptr,
@@ -246,7 +239,6 @@ TEST_F(GainModule, APresetRestoresAFreshPairAndIsRefusedByAnotherClass)
     restored.seek(0, IBStream::kIBSeekSet, nullptr);
     IBStreamer(&restored).readDouble(gain);
     EXPECT_EQ(0.125, gain);
-    endPair(component, controller);
 }
 
 TEST(SingleObjectModule, TheComponentIsItsOwnControllerAndCountsItsInitialisation)

@@ -30,10 +30,12 @@ std::string drain(IBStream* stream)
     return all;
 }
 
-class StateComponent : public StubComponent
+// A stub whose state is a string: getState writes it, setState takes all its stream offers.
+template <class Stub>
+class WithState : public Stub
 {
 public:
-    explicit StateComponent(std::string state = {}) : state(std::move(state)) {}
+    explicit WithState(std::string state = {}) : state(std::move(state)) {}
     tresult PLUGIN_API getState(IBStream* stream) override
     {
         int32 written = 0;
@@ -51,21 +53,12 @@ public:
     bool refuse = false;
 };
 
-class StateController : public StubController
+using StateComponent = WithState<StubComponent>;
+
+class StateController : public WithState<StubController>
 {
 public:
-    explicit StateController(std::string state = {}) : state(std::move(state)) {}
-    tresult PLUGIN_API getState(IBStream* stream) override
-    {
-        int32 written = 0;
-        return stream->write(state.data(), static_cast<int32>(state.size()), &written);
-    }
-    tresult PLUGIN_API setState(IBStream* stream) override
-    {
-        ++setStateCalls;
-        state = drain(stream);
-        return kResultOk;
-    }
+    using WithState::WithState;
     tresult PLUGIN_API setComponentState(IBStream* stream) override
     {
         ++setComponentStateCalls;
@@ -73,9 +66,7 @@ public:
         return kResultOk;
     }
 
-    std::string state;
     std::string componentState;
-    int setStateCalls = 0;
     int setComponentStateCalls = 0;
 };
 

@@ -9,7 +9,9 @@ namespace vst3test {
 
 using namespace vst3;
 
-class StubComponent : public IComponent
+// What both stubs answer as an object: no other interface, and a start and end that succeed.
+template <class Interface>
+class Stub : public Interface
 {
 public:
     tresult PLUGIN_API queryInterface(const TUID, void** obj) override
@@ -21,6 +23,11 @@ public:
     uint32 PLUGIN_API release() override { return 1; }
     tresult PLUGIN_API initialize(FUnknown*) override { return kResultOk; }
     tresult PLUGIN_API terminate() override { return kResultOk; }
+};
+
+class StubComponent : public Stub<IComponent>
+{
+public:
     tresult PLUGIN_API getControllerClassId(TUID) override { return kNotImplemented; }
     tresult PLUGIN_API setIoMode(IoMode) override { return kNotImplemented; }
     int32 PLUGIN_API getBusCount(MediaType, BusDirection) override { return 0; }
@@ -41,18 +48,9 @@ public:
     tresult PLUGIN_API getState(IBStream*) override { return kNotImplemented; }
 };
 
-class StubController : public IEditController
+class StubController : public Stub<IEditController>
 {
 public:
-    tresult PLUGIN_API queryInterface(const TUID, void** obj) override
-    {
-        *obj = nullptr;
-        return kNoInterface;
-    }
-    uint32 PLUGIN_API addRef() override { return 1; }
-    uint32 PLUGIN_API release() override { return 1; }
-    tresult PLUGIN_API initialize(FUnknown*) override { return kResultOk; }
-    tresult PLUGIN_API terminate() override { return kResultOk; }
     tresult PLUGIN_API setComponentState(IBStream*) override { return kNotImplemented; }
     tresult PLUGIN_API setState(IBStream*) override { return kNotImplemented; }
     tresult PLUGIN_API getState(IBStream*) override { return kNotImplemented; }

@@ -1,126 +1,36 @@
 // A plug-in's editor in a host window, in this process and in a server: the ordered rectangle, the
 // child window, editor idle, size requests only while open, closing once.
-#include "support/serverprocess.h"
-#include "comptr.h"
 #include "plugins/editor_child_record.h"
+#include "support/editorhost.h"
+#include "support/serverprocess.h"
 #include "support/testmaster.h"
 #include "support/testpaths.h"
-#include "uniquehandle.h"
-#include "vstclient.h"
-
-#include <gtest/gtest.h>
 
 #include <array>
-#include <memory>
 #include <string>
 #include <vector>
 
 namespace {
 
+using tqtest::PumpMessages;
 using Calls = std::vector<std::string>;
 using Rect = std::array<UINT32, 4>;
 
 constexpr Rect kOrderedRect = {10, 20, 50, 100}; // left, top, right, bottom
 
-// A visible top-level window standing in for the host's editor frame.
-class HostWindow
-{
-public:
-    HostWindow()
-    {
-        WNDCLASSW windowClass = {};
-        windowClass.lpfnWndProc = DefWindowProcW;
-        windowClass.hInstance = GetModuleHandleW(nullptr);
-        windowClass.hbrBackground = reinterpret_cast<HBRUSH>(COLOR_BTNFACE + 1);
-        windowClass.lpszClassName = L"TqEditorTestHost";
-        RegisterClassW(&windowClass); // fails harmlessly for every window after the first
-        m_window = CreateWindowExW(0, windowClass.lpszClassName, L"tqvst editor host",
-                                   WS_OVERLAPPEDWINDOW | WS_VISIBLE, 20, 20, 320, 240, nullptr,
-                                   nullptr, windowClass.hInstance, nullptr);
-    }
-    ~HostWindow()
-    {
-        if (m_window) DestroyWindow(m_window);
-    }
-    HostWindow(const HostWindow&) = delete;
-    HostWindow& operator=(const HostWindow&) = delete;
-
-    HWND Get() const { return m_window; }
-    // The editor's window among ours, whichever process made it.
-    HWND EditorChild() const
-    {
-        return FindWindowExW(m_window, nullptr, L"Static", editor_child::kChildText);
-    }
-
-private:
-    HWND m_window = nullptr;
-};
-
-// A real host keeps its frame's message loop running while an editor is up; this lets both
-// windows paint as they would there.
-void PumpMessages(DWORD ms)
-{
-    const DWORD end = GetTickCount() + ms;
-    for (DWORD now = GetTickCount(); LONG(end - now) > 0; now = GetTickCount())
-    {
-        MsgWaitForMultipleObjects(0, nullptr, FALSE, end - now, QS_ALLINPUT);
-        MSG message;
-        while (PeekMessageW(&message, nullptr, 0, 0, PM_REMOVE))
-            DispatchMessageW(&message);
-    }
-}
-
-class EditorTest : public testing::Test
+class EditorTest : public tqtest::EditorFixture
 {
 protected:
-    // One window per suite: without a window manager, showing a window makes the display driver
-    // wait two seconds for an answer that never comes.
-    static void SetUpTestSuite() { s_window = std::make_unique<HostWindow>(); }
-    static void TearDownTestSuite() { s_window.reset(); }
-
-    void SetUp() override
-    {
-        ASSERT_HRESULT_SUCCEEDED(CoInitialize(nullptr));
-        ASSERT_NE(Window(), nullptr) << "no display";
-    }
-    void TearDown() override
-    {
-        Unload();
-        CoUninitialize();
-    }
-
     // Loads editor_child (the file at plugin) at location with the test master set.
     void Load(int location, const std::wstring& plugin, DWORD* pid = nullptr)
     {
-        m_location = location;
-        ASSERT_EQ(GetVstFactory(location, IID_ITqVstEffectFactory, m_factory.PutVoid(), L"tqvst",
-                                L"tests", pid, nullptr),
-                  S_OK);
-        ASSERT_EQ(m_factory->CreateEffect(plugin.c_str(), 0, IID_ITqVstEffect, effect.PutVoid()),
-                  S_OK);
+        ASSERT_NO_FATAL_FAILURE(EditorFixture::Load(location, plugin, pid));
         ASSERT_EQ(effect->SetMaster(&master), S_OK);
     }
-
-    // Lets go of the effect and the factory; a server ends then.
-    void Unload()
-    {
-        effect.Reset();
-        if (m_factory) ReleaseVstFactory(m_location, m_factory.Detach());
-    }
-
-    static HWND Window() { return s_window->Get(); }
-    static HWND EditorChild() { return s_window->EditorChild(); }
+    static HWND EditorChild() { return Child(editor_child::kChildText); }
 
     tqtest::TestMaster master;
-    tq::ComPtr<ITqVstEffect> effect;
-
-private:
-    static std::unique_ptr<HostWindow> s_window;
-    int m_location = kTqVstInProcess;
-    tq::ComPtr<ITqVstEffectFactory> m_factory;
 };
-
-std::unique_ptr<HostWindow> EditorTest::s_window;
 
 // editor_child in this process, whose record can be read back.
 class InProcessEditor : public EditorTest

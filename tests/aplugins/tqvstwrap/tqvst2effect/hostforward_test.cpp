@@ -1,12 +1,8 @@
 // What reaches the host's ITqVstMaster when plug-ins call back, and what plug-ins get in return:
 // idle without recursion, the time record with its mask and transport bits, knob gestures.
-#include "comptr.h"
 #include "plugins/time_reporter_report.h"
+#include "support/effectplace.h"
 #include "support/testmaster.h"
-#include "support/testpaths.h"
-#include "vstclient.h"
-
-#include <gtest/gtest.h>
 
 #include <string>
 #include <vector>
@@ -15,29 +11,20 @@ namespace {
 
 using Calls = std::vector<std::string>;
 
-class HostForward : public testing::Test
+class HostForward : public tqtest::InProcessTest
 {
 protected:
-    void SetUp() override
-    {
-        ASSERT_HRESULT_SUCCEEDED(CoInitialize(nullptr));
-        ASSERT_EQ(GetVstFactory(kTqVstInProcess, IID_ITqVstEffectFactory, m_factory.PutVoid(),
-                                L"tqvst", L"tests", nullptr, nullptr),
-                  S_OK);
-    }
     void TearDown() override
     {
         effect.Reset();
-        if (m_factory) ReleaseVstFactory(kTqVstInProcess, m_factory.Detach());
-        CoUninitialize();
+        InProcessTest::TearDown();
     }
 
-    // Loads a test plug-in in this process with the test master set.
+    // Loads a test plug-in with the test master set.
     void Load(const wchar_t* file)
     {
-        ASSERT_EQ(m_factory->CreateEffect(tqtest::PluginPath(file).c_str(), 0, IID_ITqVstEffect,
-                                          effect.PutVoid()),
-                  S_OK);
+        effect = Create(file);
+        ASSERT_TRUE(effect);
         ASSERT_EQ(effect->SetMaster(&master), S_OK);
     }
 
@@ -51,9 +38,6 @@ protected:
 
     tqtest::TestMaster master;
     tq::ComPtr<ITqVstEffect> effect;
-
-private:
-    tq::ComPtr<ITqVstEffectFactory> m_factory;
 };
 
 TEST_F(HostForward, IdleAskedFromInsideIdleIsNotNestedNorForwarded)

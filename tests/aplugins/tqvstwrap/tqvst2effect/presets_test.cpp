@@ -1,11 +1,6 @@
 // Program and bank files: their bytes, round trips, refused and truncated files, through a server.
-#include "support/serverprocess.h"
-#include "comptr.h"
-#include "support/testpaths.h"
+#include "support/effectplace.h"
 #include "uniquehandle.h"
-#include "vstclient.h"
-
-#include <gtest/gtest.h>
 
 #include <cstdint>
 #include <cstring>
@@ -144,29 +139,19 @@ ByteVector Slice(const ByteVector& bytes, size_t offset, size_t size)
     return ByteVector(bytes.begin() + offset, bytes.begin() + offset + size);
 }
 
-class Presets : public testing::Test
+class Presets : public tqtest::InProcessTest
 {
 protected:
-    void SetUp() override
-    {
-        ASSERT_HRESULT_SUCCEEDED(CoInitialize(nullptr));
-        ASSERT_EQ(GetVstFactory(kTqVstInProcess, IID_ITqVstEffectFactory, m_factory.PutVoid(),
-                                L"tqvst", L"tests", nullptr, nullptr),
-                  S_OK);
-    }
     void TearDown() override
     {
         m_effect.Reset();
-        ReleaseVstFactory(kTqVstInProcess, m_factory.Detach());
-        CoUninitialize();
+        InProcessTest::TearDown();
     }
 
     ITqVstEffect* Load(const wchar_t* file)
     {
         m_module = file;
-        EXPECT_EQ(m_factory->CreateEffect(PluginPath(file).c_str(), 0, IID_ITqVstEffect,
-                                          m_effect.PutVoid()),
-                  S_OK);
+        m_effect = Create(file);
         return m_effect.Get();
     }
 

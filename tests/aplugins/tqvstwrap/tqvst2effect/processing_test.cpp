@@ -1,15 +1,10 @@
 // The audio path: blocks through plug-ins bit-exact in every host sample type, in process and in a
 // server, channel layouts, buffer reuse, faults, and the switching calls around processing.
-#include "support/serverprocess.h"
-#include "comptr.h"
 #include "plugins/state_probe_record.h"
+#include "support/effectplace.h"
 #include "support/sampletypes.h"
-#include "support/testpaths.h"
 #include "tqsampletype.h"
 #include "uniquehandle.h"
-#include "vstclient.h"
-
-#include <gtest/gtest.h>
 
 #include <algorithm>
 #include <cmath>
@@ -52,33 +47,7 @@ void ExpectGainIsBitExactInEveryType(ITqVstEffect* effect)
     }
 }
 
-class Processing : public testing::Test
-{
-protected:
-    void SetUp() override
-    {
-        ASSERT_HRESULT_SUCCEEDED(CoInitialize(nullptr));
-        ASSERT_EQ(GetVstFactory(kTqVstInProcess, IID_ITqVstEffectFactory, m_factory.PutVoid(),
-                                L"tqvst", L"tests", nullptr, nullptr),
-                  S_OK);
-    }
-    void TearDown() override
-    {
-        ReleaseVstFactory(kTqVstInProcess, m_factory.Detach());
-        CoUninitialize();
-    }
-
-    tq::ComPtr<ITqVstEffect> Create(const wchar_t* file)
-    {
-        tq::ComPtr<ITqVstEffect> effect;
-        EXPECT_EQ(m_factory->CreateEffect(PluginPath(file).c_str(), 0, IID_ITqVstEffect,
-                                          effect.PutVoid()),
-                  S_OK);
-        return effect;
-    }
-
-    tq::ComPtr<ITqVstEffectFactory> m_factory;
-};
+using Processing = tqtest::InProcessTest;
 
 TEST_F(Processing, GainIsBitExactInEveryHostType)
 {

@@ -30,34 +30,15 @@ const UINT32 kShellFirstId = ShellIdOf(vst3::FUID(0x3A61C0DE, 0x11E24B7A, 0x8C5D
 const UINT32 kShellSecondId = ShellIdOf(vst3::FUID(0x3A61C0DE, 0x11E24B7A, 0x8C5D0F13, 0x6E9B2A03));
 const UINT32 kShellThirdId = ShellIdOf(vst3::FUID(0x3A61C0DE, 0x11E24B7A, 0x8C5D0F13, 0x6E9B2A04));
 
-class Vst3Effect : public testing::TestWithParam<tqtest::Place>
+class Vst3Effect : public tqtest::PlacedTest
 {
 protected:
-    void SetUp() override
-    {
-        ASSERT_HRESULT_SUCCEEDED(CoInitialize(nullptr));
-        m_factory = std::make_unique<tqtest::PlacedFactory>(GetParam());
-        if (!m_factory->Available()) GTEST_SKIP() << "no 32-bit server here";
-        ASSERT_EQ(m_factory->Result(), S_OK);
-    }
-    void TearDown() override
-    {
-        m_factory.reset();
-        CoUninitialize();
-    }
-
     ITqVstEffectFactory* Factory() const { return m_factory->Get(); }
 
     tq::ComPtr<ITqVstEffect> Create(const wchar_t* file, UINT32 id = 0, HRESULT* hr = nullptr)
     {
-        tq::ComPtr<ITqVstEffect> effect;
-        const HRESULT made = Factory()->CreateEffect(m_factory->Plugin(file).c_str(), id,
-                                                     IID_ITqVstEffect, effect.PutVoid());
-        if (hr) *hr = made;
-        return effect;
+        return m_factory->Create(file, id, hr);
     }
-
-    std::unique_ptr<tqtest::PlacedFactory> m_factory;
 };
 
 std::wstring Text(HRESULT (STDMETHODCALLTYPE ITqVstEffect::*get)(UINT32, WCHAR*, UINT32),
@@ -286,13 +267,7 @@ TEST_P(Vst3Effect, FaultsInPluginCodeGiveCodesAndServingGoesOn)
     EXPECT_STREQ(name, L"TqGain3");
 }
 
-std::string PlaceName(const testing::TestParamInfo<tqtest::Place>& info)
-{
-    constexpr const char* kNames[] = {"InProcess", "Server", "Server32"};
-    return kNames[info.index];
-}
-
-INSTANTIATE_TEST_SUITE_P(Places, Vst3Effect, testing::ValuesIn(tqtest::kPlaces), PlaceName);
+INSTANTIATE_TEST_SUITE_P(Places, Vst3Effect, testing::ValuesIn(tqtest::kPlaces), tqtest::PlaceName);
 
 std::string Calls()
 {
@@ -302,24 +277,26 @@ std::string Calls()
     return calls;
 }
 
+class Vst3EffectWiring : public tqtest::InProcessTest
+{
+protected:
+    void SetUp() override
+    {
+        Calls();
+        InProcessTest::SetUp();
+    }
+};
+
 // The plug-in records in this process's environment, so it runs here. Component before
 // controller; the auxiliary input and the output that is off by default are switched off, the
 // first default-active main bus of each direction on, and the second main output left alone;
 // the handler before the connection, the connection before the state; processing off before
 // inactive and on after active; the points cut before the processor stops, and both terminated
 // in the order they were made. Channel counts and tempo reach it as arrangements and context.
-TEST(Vst3EffectWiring, SetUpAndTeardownComeInTheirOrder)
+TEST_F(Vst3EffectWiring, SetUpAndTeardownComeInTheirOrder)
 {
-    ASSERT_HRESULT_SUCCEEDED(CoInitialize(nullptr));
-    Calls();
-    tq::ComPtr<ITqVstEffectFactory> factory;
-    ASSERT_EQ(GetVstFactory(kTqVstInProcess, IID_ITqVstEffectFactory, factory.PutVoid(), L"tqvst",
-                            L"tests", nullptr, nullptr),
-              S_OK);
-    tq::ComPtr<ITqVstEffect> effect;
-    ASSERT_EQ(factory->CreateEffect(tqtest::PluginPath(L"call_recorder.vst3").c_str(), 0,
-                                    IID_ITqVstEffect, effect.PutVoid()),
-              S_OK);
+    tq::ComPtr<ITqVstEffect> effect = Create(L"call_recorder.vst3");
+    ASSERT_TRUE(effect);
     // The plug-in calls back from initialize and is refused what the host does not have.
     EXPECT_EQ(Calls(), "C.init:made E.init:Cadmeer C.bus:0:0:0 C.bus:0:1:1 C.bus:1:0:0 "
                        "C.bus:1:1:1 E.handler:v1:restart1 C.connect E.connect C.getState "
@@ -368,23 +345,14 @@ TEST(Vst3EffectWiring, SetUpAndTeardownComeInTheirOrder)
 
     effect.Reset();
     EXPECT_EQ(Calls(), "C.disconnect E.disconnect C.processing:0 C.active:0:made C.term E.term");
-    ReleaseVstFactory(kTqVstInProcess, factory.Detach());
-    CoUninitialize();
 }
 
 // A flush is a block of silence like any other: it starts the processor if nothing ran yet, and
 // the position moves on by a block.
-TEST(Vst3EffectWiring, FlushToTheProcessorRunsOneSilentBlock)
+TEST_F(Vst3EffectWiring, FlushToTheProcessorRunsOneSilentBlock)
 {
-    ASSERT_HRESULT_SUCCEEDED(CoInitialize(nullptr));
-    tq::ComPtr<ITqVstEffectFactory> factory;
-    ASSERT_EQ(GetVstFactory(kTqVstInProcess, IID_ITqVstEffectFactory, factory.PutVoid(), L"tqvst",
-                            L"tests", nullptr, nullptr),
-              S_OK);
-    tq::ComPtr<ITqVstEffect> effect;
-    ASSERT_EQ(factory->CreateEffect(tqtest::PluginPath(L"call_recorder.vst3").c_str(), 0,
-                                    IID_ITqVstEffect, effect.PutVoid()),
-              S_OK);
+    tq::ComPtr<ITqVstEffect> effect = Create(L"call_recorder.vst3");
+    ASSERT_TRUE(effect);
     ASSERT_EQ(effect->SetBlockSize(256), S_OK);
     ASSERT_EQ(effect->SetSampleType(TQSAMPLE_PCM24), S_OK);
     Calls();
@@ -398,50 +366,30 @@ TEST(Vst3EffectWiring, FlushToTheProcessorRunsOneSilentBlock)
     EXPECT_EQ(Calls(), "C.process:120.000000:256:1024");
     effect.Reset();
     Calls();
-    ReleaseVstFactory(kTqVstInProcess, factory.Detach());
-    CoUninitialize();
 }
 
 // One object that is component and controller is initialised and terminated once; a component
 // whose controller cannot be made is terminated all the same.
-TEST(Vst3EffectWiring, SingleObjectIsInitialisedAndTerminatedOnce)
+TEST_F(Vst3EffectWiring, SingleObjectIsInitialisedAndTerminatedOnce)
 {
-    ASSERT_HRESULT_SUCCEEDED(CoInitialize(nullptr));
-    tq::ComPtr<ITqVstEffectFactory> factory;
-    ASSERT_EQ(GetVstFactory(kTqVstInProcess, IID_ITqVstEffectFactory, factory.PutVoid(), L"tqvst",
-                            L"tests", nullptr, nullptr),
-              S_OK);
     for (const wchar_t* file : {L"sparse_param_ids.vst3", L"zero_controller_id.vst3"})
     {
         Calls();
-        tq::ComPtr<ITqVstEffect> effect;
-        factory->CreateEffect(tqtest::PluginPath(file).c_str(), 0, IID_ITqVstEffect,
-                              effect.PutVoid());
-        effect.Reset();
+        m_factory->Create(file);
         EXPECT_EQ(Calls(), "S.init S.term") << file;
     }
-    ReleaseVstFactory(kTqVstInProcess, factory.Detach());
-    CoUninitialize();
 }
 
 // The host context outlives every effect and goes with the class object once none is left.
-TEST(Vst3HostContext, GoesWithTheFactoryWhenNoEffectIsLeft)
+TEST_F(Vst3EffectWiring, HostContextGoesWithTheFactoryWhenNoEffectIsLeft)
 {
-    ASSERT_HRESULT_SUCCEEDED(CoInitialize(nullptr));
-    tq::ComPtr<ITqVstEffectFactory> factory;
-    ASSERT_EQ(GetVstFactory(kTqVstInProcess, IID_ITqVstEffectFactory, factory.PutVoid(), L"tqvst",
-                            L"tests", nullptr, nullptr),
-              S_OK);
-    tq::ComPtr<ITqVstEffect> effect;
-    ASSERT_EQ(factory->CreateEffect(tqtest::PluginPath(L"tqgain3.vst3").c_str(), 0,
-                                    IID_ITqVstEffect, effect.PutVoid()),
-              S_OK);
+    tq::ComPtr<ITqVstEffect> effect = Create(L"tqgain3.vst3");
+    ASSERT_TRUE(effect);
     EXPECT_NE(g_vst3Host, nullptr);
     effect.Reset();
     EXPECT_NE(g_vst3Host, nullptr) << "the factory still holds it";
-    ReleaseVstFactory(kTqVstInProcess, factory.Detach());
+    m_factory.reset();
     EXPECT_EQ(g_vst3Host, nullptr);
-    CoUninitialize();
 }
 
 } // namespace

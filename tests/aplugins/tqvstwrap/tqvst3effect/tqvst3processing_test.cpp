@@ -18,31 +18,7 @@ using namespace tqtest::sampletypes;
 // tqgain3's normalised 0.25 is a linear gain of one half: exact in single precision.
 constexpr float kHalfGain = 0.25f;
 
-class Vst3Processing : public testing::TestWithParam<tqtest::Place>
-{
-protected:
-    void SetUp() override
-    {
-        ASSERT_HRESULT_SUCCEEDED(CoInitialize(nullptr));
-        m_factory = std::make_unique<tqtest::PlacedFactory>(GetParam());
-        if (!m_factory->Available()) GTEST_SKIP() << "no 32-bit server here";
-        ASSERT_EQ(m_factory->Result(), S_OK);
-    }
-    void TearDown() override
-    {
-        m_factory.reset();
-        CoUninitialize();
-    }
-
-    tq::ComPtr<ITqVstEffect> Create(const wchar_t* file)
-    {
-        auto effect = m_factory->Create(file);
-        EXPECT_TRUE(effect) << "cannot load " << file;
-        return effect;
-    }
-
-    std::unique_ptr<tqtest::PlacedFactory> m_factory;
-};
+using Vst3Processing = tqtest::PlacedTest;
 
 HRESULT Process(ITqVstEffect* effect, std::vector<uint8_t>& input, UINT32 inputChannels,
                 std::vector<uint8_t>& output, INT32 outputChannels, UINT32 frames, UINT32 bytes)
@@ -169,12 +145,7 @@ TEST_P(Vst3Processing, SetupCallsAnswerWhetherTheyChangedAnything)
     EXPECT_EQ(Process(faulting.Get(), input, 2, output, 2, 8, 4), TQVST_E_PLUGINFAULT);
 }
 
-std::string PlaceName(const testing::TestParamInfo<tqtest::Place>& info)
-{
-    constexpr const char* kNames[] = {"InProcess", "Server", "Server32"};
-    return kNames[info.index];
-}
-
-INSTANTIATE_TEST_SUITE_P(Places, Vst3Processing, testing::ValuesIn(tqtest::kPlaces), PlaceName);
+INSTANTIATE_TEST_SUITE_P(Places, Vst3Processing, testing::ValuesIn(tqtest::kPlaces),
+                         tqtest::PlaceName);
 
 } // namespace

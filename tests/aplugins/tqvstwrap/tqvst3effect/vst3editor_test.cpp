@@ -1,86 +1,24 @@
 // A VST3 plug-in's view in a host window, in this process and in servers of both bitnesses: the
 // ordered rectangle, the child window, the frame the view gets and the sizes it may not have,
 // resizing the host's window and then the view, closing once.
-#include "comptr.h"
 #include "plugins/vst3/childview_record.h"
+#include "support/editorhost.h"
 #include "support/serverprocess.h"
 #include "support/testpaths.h"
-#include "vstclient.h"
-
-#include <gtest/gtest.h>
 
 #include <array>
-#include <memory>
 #include <string>
 
 namespace {
 
+using tqtest::kHostWindowHeight;
+using tqtest::kHostWindowWidth;
+using tqtest::PumpMessages;
 using Rect = std::array<UINT32, 4>;
 
 constexpr Rect kResizableRect = {0, 0, 400, 300};
 constexpr Rect kFixedRect = {10, 20, 50, 100}; // reported as left 50, top 100, right 10, bottom 20
-constexpr int kWindowWidth = 320, kWindowHeight = 240;
 constexpr vst3::tresult kResultFalse = 1;
-
-// A visible top-level window standing in for the host's editor frame.
-class HostWindow
-{
-public:
-    HostWindow()
-    {
-        WNDCLASSW windowClass = {};
-        windowClass.lpfnWndProc = DefWindowProcW;
-        windowClass.hInstance = GetModuleHandleW(nullptr);
-        windowClass.hbrBackground = reinterpret_cast<HBRUSH>(COLOR_BTNFACE + 1);
-        windowClass.lpszClassName = L"TqVst3EditorTestHost";
-        RegisterClassW(&windowClass);
-        m_window = CreateWindowExW(0, windowClass.lpszClassName, L"tqvst VST3 editor host",
-                                   WS_OVERLAPPEDWINDOW | WS_VISIBLE, 20, 20, kWindowWidth,
-                                   kWindowHeight, nullptr, nullptr, windowClass.hInstance, nullptr);
-    }
-    ~HostWindow()
-    {
-        if (m_window) DestroyWindow(m_window);
-    }
-    HostWindow(const HostWindow&) = delete;
-    HostWindow& operator=(const HostWindow&) = delete;
-
-    HWND Get() const { return m_window; }
-    HWND ViewChild() const
-    {
-        return FindWindowExW(m_window, nullptr, L"Static", childview::kChildText);
-    }
-    // The window's size as its normal placement gives it.
-    std::array<LONG, 2> Size() const
-    {
-        WINDOWPLACEMENT placement = {};
-        placement.length = sizeof(placement);
-        GetWindowPlacement(m_window, &placement);
-        const RECT& r = placement.rcNormalPosition;
-        return {r.right - r.left, r.bottom - r.top};
-    }
-    void Restore() const
-    {
-        SetWindowPos(m_window, nullptr, 20, 20, kWindowWidth, kWindowHeight,
-                     SWP_NOZORDER | SWP_NOACTIVATE);
-    }
-
-private:
-    HWND m_window = nullptr;
-};
-
-// A host keeps its frame's message loop running while an editor is up.
-void PumpMessages(DWORD ms)
-{
-    const DWORD end = GetTickCount() + ms;
-    for (DWORD now = GetTickCount(); LONG(end - now) > 0; now = GetTickCount())
-    {
-        MsgWaitForMultipleObjects(0, nullptr, FALSE, end - now, QS_ALLINPUT);
-        MSG message;
-        while (PeekMessageW(&message, nullptr, 0, 0, PM_REMOVE))
-            DispatchMessageW(&message);
-    }
-}
 
 std::array<LONG, 2> ClientSize(HWND window)
 {
@@ -89,58 +27,11 @@ std::array<LONG, 2> ClientSize(HWND window)
     return {r.right, r.bottom};
 }
 
-class Vst3Editor : public testing::Test
+class Vst3Editor : public tqtest::EditorFixture
 {
 protected:
-    // One window for all: without a window manager each new one makes the display driver wait.
-    static void SetUpTestSuite() { s_window = std::make_unique<HostWindow>(); }
-    static void TearDownTestSuite() { s_window.reset(); }
-
-    void SetUp() override
-    {
-        ASSERT_HRESULT_SUCCEEDED(CoInitialize(nullptr));
-        ASSERT_NE(Window(), nullptr) << "no display";
-        s_window->Restore();
-    }
-    void TearDown() override
-    {
-        Unload();
-        CoUninitialize();
-    }
-
-    void Load(int location, const std::wstring& plugin, DWORD* pid = nullptr)
-    {
-        m_location = location;
-        ASSERT_EQ(GetVstFactory(location, IID_ITqVstEffectFactory, m_factory.PutVoid(), L"tqvst",
-                                L"tests", pid, nullptr),
-                  S_OK);
-        ASSERT_EQ(m_factory->CreateEffect(plugin.c_str(), 0, IID_ITqVstEffect, effect.PutVoid()),
-                  S_OK);
-    }
-    // A second effect from the same factory, so from the same server.
-    HRESULT CreateAnother(const std::wstring& plugin, tq::ComPtr<ITqVstEffect>& other)
-    {
-        return m_factory->CreateEffect(plugin.c_str(), 0, IID_ITqVstEffect, other.PutVoid());
-    }
-    void Unload()
-    {
-        effect.Reset();
-        if (m_factory) ReleaseVstFactory(m_location, m_factory.Detach());
-    }
-
-    static HWND Window() { return s_window->Get(); }
-    static HWND ViewChild() { return s_window->ViewChild(); }
-    static std::array<LONG, 2> WindowSize() { return s_window->Size(); }
-
-    tq::ComPtr<ITqVstEffect> effect;
-
-private:
-    static std::unique_ptr<HostWindow> s_window;
-    int m_location = kTqVstInProcess;
-    tq::ComPtr<ITqVstEffectFactory> m_factory;
+    static HWND ViewChild() { return Child(childview::kChildText); }
 };
-
-std::unique_ptr<HostWindow> Vst3Editor::s_window;
 
 // A view plug-in in this process, whose record can be read back.
 class InProcessView : public Vst3Editor
@@ -179,7 +70,7 @@ TEST_F(InProcessView, OpenAttachesTheViewToTheHostWindowWithAFrame)
     EXPECT_EQ(record.resizeAnswer, kResultFalse) << "a view's own size wish is refused";
     ASSERT_NE(ViewChild(), nullptr);
     EXPECT_EQ(reinterpret_cast<intptr_t>(ViewChild()), record.child);
-    EXPECT_EQ(WindowSize(), (std::array<LONG, 2>{kWindowWidth, kWindowHeight}));
+    EXPECT_EQ(WindowSize(), (std::array<LONG, 2>{kHostWindowWidth, kHostWindowHeight}));
 
     // Open again: the size is handed out anew, no second view is made.
     rect = {};
@@ -244,7 +135,7 @@ TEST_F(InProcessView, AFixedViewIsNeverResizedAndItsRectangleIsOrdered)
     EXPECT_EQ(yes, 0u);
     EXPECT_EQ(effect->ResizeEditor(300, 250), S_FALSE);
     EXPECT_EQ(effect->ResizeEditor(-1, 10), S_FALSE) << "refused before the sizes are looked at";
-    EXPECT_EQ(WindowSize(), (std::array<LONG, 2>{kWindowWidth, kWindowHeight}));
+    EXPECT_EQ(WindowSize(), (std::array<LONG, 2>{kHostWindowWidth, kHostWindowHeight}));
     EXPECT_EQ(Record().onSizes, 0);
     EXPECT_EQ(Record().constraintCalls, 0);
 }

@@ -15,7 +15,6 @@
 
 namespace {
 
-using tqtest::Place;
 using tqtest::PlacedFactory;
 
 constexpr HRESULT kNotCompatible = static_cast<HRESULT>(0x8004E204);
@@ -74,31 +73,7 @@ std::vector<float> Parameters(ITqVstEffect* effect)
     return values;
 }
 
-class Vst3Presets : public testing::TestWithParam<Place>
-{
-protected:
-    void SetUp() override
-    {
-        ASSERT_HRESULT_SUCCEEDED(CoInitialize(nullptr));
-        m_factory = std::make_unique<PlacedFactory>(GetParam());
-        if (!m_factory->Available()) GTEST_SKIP() << "no 32-bit server here";
-        ASSERT_EQ(m_factory->Result(), S_OK);
-    }
-    void TearDown() override
-    {
-        m_factory.reset();
-        CoUninitialize();
-    }
-
-    tq::ComPtr<ITqVstEffect> Create(const wchar_t* file)
-    {
-        tq::ComPtr<ITqVstEffect> effect = m_factory->Create(file);
-        EXPECT_TRUE(effect) << "could not load " << std::string(file, file + wcslen(file));
-        return effect;
-    }
-
-    std::unique_ptr<PlacedFactory> m_factory;
-};
+using Vst3Presets = tqtest::PlacedTest;
 
 TEST_P(Vst3Presets, ASavedImageRestoresEveryParameterOfAFreshInstance)
 {
@@ -304,16 +279,6 @@ TEST(Vst3PresetFolders, UserPresetFilesBecomeThePrograms)
 }
 
 INSTANTIATE_TEST_SUITE_P(Places, Vst3Presets, testing::ValuesIn(tqtest::kPlaces),
-                         [](const testing::TestParamInfo<Place>& info) {
-                             switch (info.param.location)
-                             {
-                             case kTqVstInProcess:
-                                 return std::string("InProcess");
-                             case kTqVstServer:
-                                 return std::string("Server");
-                             default:
-                                 return std::string("Server32");
-                             }
-                         });
+                         tqtest::PlaceName);
 
 } // namespace
