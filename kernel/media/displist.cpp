@@ -1,46 +1,45 @@
-// Display lists in memory and as "DISP" chunks.
-#include "displist.h"
+// Display lists in memory and as "DISP" chunks; the chunks are read and written once for every
+// framing, and the RIFF entry points are here.
 #include "lockedblock.h"
+#include "summaryframing.h"
 
 #include <cstring>
-#include <memory>
-#include <new>
 
 using tq::media::AllocLocked;
 using tq::media::FreeLocked;
+using tq::media::RiffFraming;
 
 namespace {
 
-constexpr DWORD kChunkHeaderBytes = 8;
 constexpr DWORD kFormatBytes = 4;
 constexpr DWORD kDefaultFormats[] = {CF_TEXT, CF_DIB};
+// A chunk claiming more than this comes from a damaged file; beyond it sizes with their pad
+// could wrap.
+constexpr ULONGLONG kLargestChunk = 1ull << 62;
 
-ULONGLONG PaddedChunk(DWORD size)
+constexpr ULONGLONG TakeOff(ULONGLONG remaining, ULONGLONG count)
 {
-    return kChunkHeaderBytes + static_cast<ULONGLONG>(size) + (size & 1);
+    return count >= remaining ? 0 : remaining - count;
 }
 
-HRESULT ReadExact(HANDLE file, void* buffer, DWORD bytes)
+DWORD Clamp32(ULONGLONG value)
 {
-    DWORD read = 0;
-    return ReadFile(file, buffer, bytes, &read, nullptr) && read == bytes ? S_OK : TQ_E_READFAILED;
+    return value > MAXDWORD ? MAXDWORD : static_cast<DWORD>(value);
 }
 
-HRESULT SkipBytes(HANDLE file, LONGLONG bytes)
-{
-    LARGE_INTEGER distance;
-    distance.QuadPart = bytes;
-    return SetFilePointerEx(file, distance, nullptr, FILE_CURRENT) ? S_OK : TQ_E_READFAILED;
-}
-
-HRESULT LoadPayload(HANDLE file, tDISPITEM& item, DWORD bytes)
+// The payload at the cursor into the item; a size the file cannot hold is refused before
+// allocating.
+HRESULT LoadPayload(tq::riff::FileCursor& c, tDISPITEM& item, ULONGLONG bytes)
 {
     void* data = nullptr;
     if (bytes)
     {
-        data = AllocLocked(bytes);
+        ULONGLONG left = 0;
+        if (const HRESULT hr = c.BytesLeft(left); FAILED(hr)) return hr;
+        if (bytes > left || bytes > MAXDWORD) return TQ_E_READFAILED;
+        data = AllocLocked(static_cast<SIZE_T>(bytes));
         if (!data) return E_OUTOFMEMORY;
-        if (const HRESULT hr = ReadExact(file, data, bytes); FAILED(hr))
+        if (const HRESULT hr = c.Read(data, static_cast<DWORD>(bytes)); FAILED(hr))
         {
             FreeLocked(data);
             return hr;
@@ -48,7 +47,7 @@ HRESULT LoadPayload(HANDLE file, tDISPITEM& item, DWORD bytes)
     }
     FreeLocked(item.data);
     item.data = data;
-    item.size = bytes;
+    item.size = static_cast<DWORD>(bytes);
     return S_OK;
 }
 
@@ -115,64 +114,81 @@ TQKERNEL_API HRESULT displist_SetItem(tDISPLIST* list, DWORD format, DWORD size,
     return S_OK;
 }
 
-TQKERNEL_API HRESULT displist_Load(HANDLE file, tDISPLIST* list, DWORD* remaining)
+namespace tq::summary {
+
+HRESULT LoadDisplay(Framing& framing, tDISPLIST* list, ULONGLONG* remaining) noexcept
 {
     if (!list || !remaining) return E_INVALIDARG;
     if (list->count == 0) return S_OK;
-    DWORD start = 0;
-    if (const HRESULT hr = riff_SaveLocation(file, &start); FAILED(hr)) return hr;
+    tq::riff::FileCursor& c = framing.Cursor();
+    ULONGLONG start = 0;
+    if (const HRESULT hr = c.Tell(start); FAILED(hr)) return hr;
+    const DWORD header = framing.HeaderBytes();
     for (;;)
     {
-        if (*remaining < kChunkHeaderBytes)
-        {
-            riff_RestoreLocation(file, start);
-            return S_OK;
-        }
-        DWORD id = 0, size = 0;
-        if (const HRESULT hr = riff_ReadChunkHeader(file, &id, &size); FAILED(hr)) return hr;
+        if (*remaining < header) return c.SeekTo(start);
+        DWORD id = 0;
+        ULONGLONG size = 0;
+        if (const HRESULT hr = framing.ReadEntryHeader(id, size); FAILED(hr)) return hr;
         // A chunk the bound cannot hold comes from a damaged file.
-        if (size > *remaining - kChunkHeaderBytes) return TQ_E_CORRUPTFILE;
-        const ULONGLONG used = PaddedChunk(size);
-        *remaining = used >= *remaining ? 0 : static_cast<DWORD>(*remaining - used);
-
+        if (size > *remaining - header || size > kLargestChunk) return TQ_E_CORRUPTFILE;
+        const ULONGLONG body = framing.Extent(size) - header;
+        *remaining = TakeOff(*remaining, framing.Extent(size));
         if (id != RIFF_ID_DISP || size < kFormatBytes)
         {
-            if (const HRESULT hr = SkipBytes(file, used - kChunkHeaderBytes); FAILED(hr)) return hr;
+            if (const HRESULT hr = c.Skip(body); FAILED(hr)) return hr;
             continue;
         }
         DWORD format = 0;
-        if (const HRESULT hr = ReadExact(file, &format, kFormatBytes); FAILED(hr)) return hr;
+        if (const HRESULT hr = c.Read(&format, kFormatBytes); FAILED(hr)) return hr;
         // Formats the list does not hold are dropped.
         tDISPITEM* item = displist_GetItem(list, format);
-        const DWORD payload = size - kFormatBytes;
-        if (const HRESULT hr = item ? LoadPayload(file, *item, payload) : SkipBytes(file, payload);
-            FAILED(hr))
+        const ULONGLONG payload = size - kFormatBytes;
+        if (const HRESULT hr = item ? LoadPayload(c, *item, payload) : c.Skip(payload); FAILED(hr))
             return hr;
-        if (const HRESULT hr = SkipBytes(file, size & 1); FAILED(hr)) return hr;
+        if (const HRESULT hr = c.Skip(body - size); FAILED(hr)) return hr;
     }
 }
 
-TQKERNEL_API HRESULT displist_Save(HANDLE file, const tDISPLIST* list, DWORD* written)
+HRESULT SaveDisplay(Framing& framing, const tDISPLIST* list, ULONGLONG* written) noexcept
 {
     if (written) *written = 0;
     if (!list) return E_INVALIDARG;
-    DWORD total = 0;
+    ULONGLONG total = 0;
     for (INT32 i = 0; i < list->count; ++i)
     {
         const tDISPITEM& item = list->items[i];
         if (!item.data || item.size == 0) continue;
-        if (item.size > 0xFFFFFFFFu - kFormatBytes - 1) return TQ_E_SIZELIMIT;
-        const DWORD size = item.size + kFormatBytes;
-        if (const HRESULT hr = riff_WriteChunkHeader(file, RIFF_ID_DISP, size); FAILED(hr))
-            return hr;
-        DWORD done = 0;
-        static const BYTE kPad = 0;
-        if (!WriteFile(file, &item.format, kFormatBytes, &done, nullptr) || done != kFormatBytes ||
-            !WriteFile(file, item.data, item.size, &done, nullptr) || done != item.size ||
-            ((size & 1) && (!WriteFile(file, &kPad, 1, &done, nullptr) || done != 1)))
-            return TQ_E_WRITEFAILED;
-        total += static_cast<DWORD>(PaddedChunk(size));
+        const ULONGLONG size = static_cast<ULONGLONG>(item.size) + kFormatBytes;
+        const ULONGLONG extent = framing.Extent(size);
+        HRESULT hr = framing.WriteHeader(RIFF_ID_DISP, size);
+        if (SUCCEEDED(hr)) hr = framing.Cursor().Write(&item.format, kFormatBytes);
+        if (SUCCEEDED(hr)) hr = framing.Cursor().Write(item.data, item.size);
+        if (SUCCEEDED(hr)) hr = WritePad(framing, extent - framing.HeaderBytes() - size);
+        if (FAILED(hr)) return hr;
+        total += extent;
+        if (written) *written = total;
     }
-    if (written) *written = total;
     return S_OK;
+}
+
+} // namespace tq::summary
+
+TQKERNEL_API HRESULT displist_Load(HANDLE file, tDISPLIST* list, DWORD* remaining)
+{
+    if (!remaining) return E_INVALIDARG;
+    RiffFraming framing(file);
+    ULONGLONG bound = *remaining;
+    const HRESULT hr = tq::summary::LoadDisplay(framing, list, &bound);
+    *remaining = Clamp32(bound);
+    return hr;
+}
+
+TQKERNEL_API HRESULT displist_Save(HANDLE file, const tDISPLIST* list, DWORD* written)
+{
+    RiffFraming framing(file);
+    ULONGLONG bytes = 0;
+    const HRESULT hr = tq::summary::SaveDisplay(framing, list, &bytes);
+    if (written) *written = Clamp32(bytes);
+    return hr;
 }

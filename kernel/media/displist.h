@@ -44,3 +44,10 @@ TQKERNEL_API HRESULT displist_SetItem(tDISPLIST* list, DWORD format, DWORD size,
 TQKERNEL_API HRESULT displist_Load(HANDLE file, tDISPLIST* list, DWORD* remaining);
 // Writes one "DISP" chunk for every item that holds a payload; written (optional) gets the bytes.
 TQKERNEL_API HRESULT displist_Save(HANDLE file, const tDISPLIST* list, DWORD* written);
+
+// The same on Wave64 files ("DISP" is a GUID of the family that spells a RIFF id in its first
+// field; chunks are aligned to 8) and on RF64 files (RIFF chunks with 64-bit bounds).
+TQKERNEL_API HRESULT displist64_Load(HANDLE file, tDISPLIST* list, ULONGLONG* remaining);
+TQKERNEL_API HRESULT displist64_Save(HANDLE file, const tDISPLIST* list, ULONGLONG* written);
+TQKERNEL_API HRESULT displistRF64_Load(HANDLE file, tDISPLIST* list, ULONGLONG* remaining);
+TQKERNEL_API HRESULT displistRF64_Save(HANDLE file, const tDISPLIST* list, ULONGLONG* written);
