@@ -1,5 +1,6 @@
 // Summary and display lists under the fuzz program: the input is a "LIST" whose entries are
-// loaded as INFO and as UNFO, one text is looked up, and the chunks are walked for "DISP".
+// loaded as INFO and as UNFO, one text is looked up, and the chunks are walked for "DISP"; each
+// through the RIFF functions and through the RF64 ones with their 64-bit bounds.
 #include "fuzztarget.h"
 
 #include "displist.h"
@@ -95,6 +96,22 @@ HRESULT RunSummary(FuzzContext& context)
     bound = size;
     Rewind(file, 0);
     displist_Load(file, &display, &bound);
+
+    // The RF64 forms, with a bound far beyond the file as a damaged ds64 size gives.
+    ULONGLONG wide = listSize;
+    Rewind(file, 12);
+    TqSummary_LoadRF64(file, &list, &wide);
+    TqSummary_Free(&list);
+    wide = ~0ull;
+    Rewind(file, 12);
+    TqSummary_LoadUNFORF64(file, &list, &wide);
+    TqSummary_Free(&list);
+    wide = ~0ull;
+    Rewind(file, 0);
+    TqSummaryRF64_GetStringFromFile(file, RIFF_ID('I', 'A', 'R', 'T'), text, 7, &wide);
+    wide = ~0ull;
+    Rewind(file, 0);
+    displistRF64_Load(file, &display, &wide);
     displist_Destroy(&display);
     return info;
 }
