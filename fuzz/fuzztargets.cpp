@@ -41,6 +41,10 @@ std::vector<std::string> SummaryTokens()
             "INFO",
             "UNFO",
             "DISP",
+            "RIFF",
+            "RF64",
+            "ds64",
+            "data",
             "INAM",
             "IART",
             std::string("\0\0\0\0", 4),
@@ -54,7 +58,10 @@ std::vector<std::string> Summary64Tokens()
     const auto bytes = [](const GUID& g) {
         return std::string(reinterpret_cast<const char*>(&g), sizeof g);
     };
-    std::vector<std::string> tokens = {bytes(RIFF64_GUID_LIST), bytes(RIFF64_GUID_JUNK),
+    std::vector<std::string> tokens = {bytes(RIFF64_GUID_LIST),
+                                       bytes(RIFF64_GUID_JUNK),
+                                       bytes(RIFF64_GUID_RIFF),
+                                       bytes(RIFF64_GUID_DATA),
                                        std::string("\x18\x00\x00\x00\x00\x00\x00\x00", 8),
                                        std::string("\xF8\xFF\xFF\xFF\xFF\xFF\xFF\xFF", 8),
                                        std::string("\x00\x00\x00\x00\x01\x00\x00\x00", 8)};

@@ -81,7 +81,21 @@ std::vector<Bytes> Summary64Seeds()
     Append(disp, Chunk(Family("DISP"), {8, 0, 0, 0}));
     Bytes mixed = List("INFO", info);
     Append(mixed, disp);
-    return {List("INFO", info), List("UNFO", unfo), mixed};
+    // A whole file with a picture: a 2 by 2 bitmap of 32-bit pixels.
+    Bytes dib = {8, 0, 0, 0}; // CF_DIB
+    const BITMAPINFOHEADER header = {sizeof header, 2, 2, 1, 32, BI_RGB, 0, 0, 0, 0, 0};
+    Append(dib, &header, sizeof header);
+    dib.resize(dib.size() + 16, 0x55);
+    Bytes chunks = Chunk(RIFF64_GUID_FMT, Bytes(16, 1));
+    Append(chunks, Chunk(RIFF64_GUID_DATA, Bytes(8, 2)));
+    Append(chunks, Chunk(Family("DISP"), dib));
+    const ULONGLONG stored = 40 + chunks.size();
+    Bytes file;
+    Append(file, &RIFF64_GUID_RIFF, sizeof(GUID));
+    Append(file, &stored, sizeof stored);
+    Append(file, &RIFF64_GUID_WAVE, sizeof(GUID));
+    Append(file, chunks);
+    return {List("INFO", info), List("UNFO", unfo), mixed, file};
 }
 
 HRESULT RunSummary64(FuzzContext& context)
@@ -115,6 +129,8 @@ HRESULT RunSummary64(FuzzContext& context)
     Rewind(file, 0);
     displist64_Load(file, &display, &bound);
     displist_Destroy(&display);
+    if (const HBITMAP bitmap = displist_CreateBitmapFromFile(context.FilePath()))
+        DeleteObject(bitmap);
     return info;
 }
 

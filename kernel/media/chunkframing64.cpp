@@ -223,7 +223,12 @@ HRESULT Rf64Framing::ReadEntryHeader(DWORD& id, ULONGLONG& size) noexcept
     DWORD chunkSize = 0;
     if (const HRESULT hr = riff_ReadChunkHeader(m_file, &id, &chunkSize); FAILED(hr)) return hr;
     size = chunkSize;
-    return S_OK;
+    if (id != RIFF_ID_DATA || chunkSize != RF64_SIZE_IN_DS64) return S_OK;
+    // The audio, walked past at the top level: its size is in ds64.
+    ULONGLONG pos = 0, riffSize = 0, dataSize = 0;
+    if (const HRESULT hr = Cursor().Tell(pos); FAILED(hr)) return hr;
+    if (SUCCEEDED(ReadDs64(riffSize, dataSize))) size = dataSize;
+    return Cursor().SeekTo(pos);
 }
 
 HRESULT Rf64Framing::CountEntries(ULONGLONG bound, DWORD& count) noexcept

@@ -1,6 +1,7 @@
 // Display lists in memory and as "DISP" chunks; the chunks are read and written once for every
 // framing, and the RIFF entry points are here.
 #include "lockedblock.h"
+#include "displistwalk.h"
 #include "summaryframing.h"
 
 #include <cstring>
@@ -13,42 +14,31 @@ namespace {
 
 constexpr DWORD kFormatBytes = 4;
 constexpr DWORD kDefaultFormats[] = {CF_TEXT, CF_DIB};
-// A chunk claiming more than this comes from a damaged file; beyond it sizes with their pad
-// could wrap.
-constexpr ULONGLONG kLargestChunk = 1ull << 62;
 
-constexpr ULONGLONG TakeOff(ULONGLONG remaining, ULONGLONG count)
+// A file in one of the framings as a source of chunks for the walk.
+class FramingSource
 {
-    return count >= remaining ? 0 : remaining - count;
-}
+public:
+    explicit FramingSource(tq::media::Framing& framing) noexcept : m_f(framing) {}
+    DWORD HeaderBytes() const noexcept { return m_f.HeaderBytes(); }
+    ULONGLONG Extent(ULONGLONG size) const noexcept { return m_f.Extent(size); }
+    HRESULT ReadEntryHeader(DWORD& id, ULONGLONG& size) noexcept
+    {
+        return m_f.ReadEntryHeader(id, size);
+    }
+    HRESULT Read(void* buffer, DWORD count) noexcept { return m_f.Cursor().Read(buffer, count); }
+    HRESULT Skip(ULONGLONG count) noexcept { return m_f.Cursor().Skip(count); }
+    HRESULT SeekTo(ULONGLONG pos) noexcept { return m_f.Cursor().SeekTo(pos); }
+    HRESULT Tell(ULONGLONG& pos) noexcept { return m_f.Cursor().Tell(pos); }
+    HRESULT BytesLeft(ULONGLONG& count) noexcept { return m_f.Cursor().BytesLeft(count); }
+
+private:
+    tq::media::Framing& m_f;
+};
 
 DWORD Clamp32(ULONGLONG value)
 {
     return value > MAXDWORD ? MAXDWORD : static_cast<DWORD>(value);
-}
-
-// The payload at the cursor into the item; a size the file cannot hold is refused before
-// allocating.
-HRESULT LoadPayload(tq::riff::FileCursor& c, tDISPITEM& item, ULONGLONG bytes)
-{
-    void* data = nullptr;
-    if (bytes)
-    {
-        ULONGLONG left = 0;
-        if (const HRESULT hr = c.BytesLeft(left); FAILED(hr)) return hr;
-        if (bytes > left || bytes > MAXDWORD) return TQ_E_READFAILED;
-        data = AllocLocked(static_cast<SIZE_T>(bytes));
-        if (!data) return E_OUTOFMEMORY;
-        if (const HRESULT hr = c.Read(data, static_cast<DWORD>(bytes)); FAILED(hr))
-        {
-            FreeLocked(data);
-            return hr;
-        }
-    }
-    FreeLocked(item.data);
-    item.data = data;
-    item.size = static_cast<DWORD>(bytes);
-    return S_OK;
 }
 
 } // namespace
@@ -118,36 +108,8 @@ namespace tq::summary {
 
 HRESULT LoadDisplay(Framing& framing, tDISPLIST* list, ULONGLONG* remaining) noexcept
 {
-    if (!list || !remaining) return E_INVALIDARG;
-    if (list->count == 0) return S_OK;
-    tq::riff::FileCursor& c = framing.Cursor();
-    ULONGLONG start = 0;
-    if (const HRESULT hr = c.Tell(start); FAILED(hr)) return hr;
-    const DWORD header = framing.HeaderBytes();
-    for (;;)
-    {
-        if (*remaining < header) return c.SeekTo(start);
-        DWORD id = 0;
-        ULONGLONG size = 0;
-        if (const HRESULT hr = framing.ReadEntryHeader(id, size); FAILED(hr)) return hr;
-        // A chunk the bound cannot hold comes from a damaged file.
-        if (size > *remaining - header || size > kLargestChunk) return TQ_E_CORRUPTFILE;
-        const ULONGLONG body = framing.Extent(size) - header;
-        *remaining = TakeOff(*remaining, framing.Extent(size));
-        if (id != RIFF_ID_DISP || size < kFormatBytes)
-        {
-            if (const HRESULT hr = c.Skip(body); FAILED(hr)) return hr;
-            continue;
-        }
-        DWORD format = 0;
-        if (const HRESULT hr = c.Read(&format, kFormatBytes); FAILED(hr)) return hr;
-        // Formats the list does not hold are dropped.
-        tDISPITEM* item = displist_GetItem(list, format);
-        const ULONGLONG payload = size - kFormatBytes;
-        if (const HRESULT hr = item ? LoadPayload(c, *item, payload) : c.Skip(payload); FAILED(hr))
-            return hr;
-        if (const HRESULT hr = c.Skip(body - size); FAILED(hr)) return hr;
-    }
+    FramingSource source(framing);
+    return WalkDisplay(source, list, remaining);
 }
 
 HRESULT SaveDisplay(Framing& framing, const tDISPLIST* list, ULONGLONG* written) noexcept

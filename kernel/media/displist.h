@@ -4,6 +4,8 @@
 
 #include "riff.h"
 
+#include <objidl.h>
+
 #define RIFF_ID_DISP RIFF_ID('D', 'I', 'S', 'P')
 
 // An item: a clipboard format id and its payload, a locked block of the movable global heap owned
@@ -51,3 +53,10 @@ TQKERNEL_API HRESULT displist64_Load(HANDLE file, tDISPLIST* list, ULONGLONG* re
 TQKERNEL_API HRESULT displist64_Save(HANDLE file, const tDISPLIST* list, ULONGLONG* written);
 TQKERNEL_API HRESULT displistRF64_Load(HANDLE file, tDISPLIST* list, ULONGLONG* remaining);
 TQKERNEL_API HRESULT displistRF64_Save(HANDLE file, const tDISPLIST* list, ULONGLONG* written);
+
+// Loads the "DISP" chunks of a stream of RIFF chunks (as displist_Save writes them) from its
+// position within *remaining bytes, as displist_Load does from a file.
+TQKERNEL_API HRESULT displist_LoadFromStream(IStream* stream, tDISPLIST* list, DWORD* remaining);
+// The picture (CF_DIB) of the display list at the top level of a RIFF, RF64 or Wave64 file, as a
+// DIB section the caller deletes; null when the file has none or it is no well-formed bitmap.
+TQKERNEL_API HBITMAP displist_CreateBitmapFromFile(const WCHAR* path);

@@ -1,6 +1,8 @@
 # Tests of the summary and display lists, on byte images built in code.
 tq_add_test(summary_test SOURCES ${CMAKE_CURRENT_LIST_DIR}/summary_test.cpp LIBS tqkernel)
 tq_add_test(displist_test SOURCES ${CMAKE_CURRENT_LIST_DIR}/displist_test.cpp LIBS tqkernel)
+tq_add_test(displistfile_test SOURCES ${CMAKE_CURRENT_LIST_DIR}/displistfile_test.cpp
+            LIBS tqkernel)
 tq_add_test(summary64_test SOURCES ${CMAKE_CURRENT_LIST_DIR}/summary64_test.cpp LIBS tqkernel)
 
 # The INFO the layers wrote into a WAV and an RF64 file, read back by ffprobe after the test.
