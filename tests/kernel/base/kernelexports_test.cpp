@@ -114,6 +114,7 @@ const char* const kSample[] = {
     "TqSummaryRF64_Save",
     "displist64_Load",
     "displistRF64_Load",
+    "displist_CreateBitmapFromFile",
     "bwfriff_LoadInfo",
     "bwfriff_UpdateStreamChunk",
     "BuildRawBwfIxmlChunkGlobal",
