@@ -73,6 +73,8 @@ std::vector<Bytes> AiffSeeds();
 HRESULT RunAiff(FuzzContext& context);
 std::vector<Bytes> SummarySeeds();
 HRESULT RunSummary(FuzzContext& context);
+std::vector<Bytes> Summary64Seeds();
+HRESULT RunSummary64(FuzzContext& context);
 std::vector<Bytes> BwfSeeds();
 HRESULT RunBwf(FuzzContext& context);
 std::vector<Bytes> ProjectLinkSeeds();

@@ -41,11 +41,37 @@ std::vector<std::string> SummaryTokens()
             "INFO",
             "UNFO",
             "DISP",
+            "RIFF",
+            "RF64",
+            "ds64",
+            "data",
             "INAM",
             "IART",
             std::string("\0\0\0\0", 4),
             std::string("\xFF\xFF\xFF\x7F", 4),
             std::string("\x01\0\0\0", 4)};
+}
+
+// The Wave64 ids of lists and their entries as they stand in a file, and 64-bit sizes.
+std::vector<std::string> Summary64Tokens()
+{
+    const auto bytes = [](const GUID& g) {
+        return std::string(reinterpret_cast<const char*>(&g), sizeof g);
+    };
+    std::vector<std::string> tokens = {bytes(RIFF64_GUID_LIST),
+                                       bytes(RIFF64_GUID_JUNK),
+                                       bytes(RIFF64_GUID_RIFF),
+                                       bytes(RIFF64_GUID_DATA),
+                                       std::string("\x18\x00\x00\x00\x00\x00\x00\x00", 8),
+                                       std::string("\xF8\xFF\xFF\xFF\xFF\xFF\xFF\xFF", 8),
+                                       std::string("\x00\x00\x00\x00\x01\x00\x00\x00", 8)};
+    for (const char* id : {"INFO", "UNFO", "DISP", "INAM", "IART"})
+    {
+        GUID guid = RIFF64_GUID_FMT;
+        guid.Data1 = RIFF_ID(id[0], id[1], id[2], id[3]);
+        tokens.push_back(bytes(guid));
+    }
+    return tokens;
 }
 
 std::vector<std::string> BwfTokens()
@@ -138,6 +164,7 @@ const std::vector<FuzzTarget>& Targets()
         {"xml", XmlSeeds, XmlTokens(), 1u << 20, RunXml},
         {"aiff", AiffSeeds, AiffTokens(), 1u << 16, RunAiff},
         {"summary", SummarySeeds, SummaryTokens(), 1u << 14, RunSummary},
+        {"summary64", Summary64Seeds, Summary64Tokens(), 1u << 14, RunSummary64},
         {"bwf", BwfSeeds, BwfTokens(), 1u << 16, RunBwf},
         {"projectlink", ProjectLinkSeeds, ProjectLinkTokens(), 1u << 14, RunProjectLink},
         {"riff", RiffSeeds, RiffTokens(), 1u << 16, RunRiff},

@@ -2,6 +2,7 @@
 #include "mediawriter.h"
 
 #include "iff.h"
+#include "listframing.h"
 #include "riff64.h"
 #include "tqwaveformat.h"
 #include "wavstream.h"
@@ -15,6 +16,7 @@ constexpr DWORD Fourcc(char a, char b, char c, char d)
 {
     return DWORD(BYTE(a)) | DWORD(BYTE(b)) << 8 | DWORD(BYTE(c)) << 16 | DWORD(BYTE(d)) << 24;
 }
+constexpr DWORD kList = Fourcc('L', 'I', 'S', 'T');
 // The room a ds64 chunk needs after its header: RIFF size, data size, sample count, table length.
 constexpr DWORD kDs64Bytes = 28;
 constexpr UINT64 kRiffLimit = 0xFFFFFFFFull;
@@ -211,12 +213,16 @@ HRESULT MediaWriter::Create(const std::wstring& path, Container container, const
         chunk64(RIFF64_GUID_FMT, format);
         for (const MediaChunk& chunk : chunks)
         {
-            // A RIFF list keeps its four-character framing inside under the GUID of its family,
-            // so that it comes back unchanged; a Wave64 list keeps its own GUID.
+            std::vector<BYTE> list;
             if (chunk.aiff)
                 dropped.push_back(chunk.Name());
-            else
+            else if (chunk.guid != Wave64Guid(kList))
                 chunk64(chunk.guid, chunk.data);
+            // A RIFF list becomes a Wave64 list, so that Wave64 readers find its entries.
+            else if (RiffListToWave64(chunk.data, list))
+                chunk64(RIFF64_GUID_LIST, list);
+            else
+                dropped.push_back(chunk.Name());
         }
         LARGE_INTEGER here = {};
         SetFilePointerEx(m_file.Get(), here, &here, FILE_CURRENT);
@@ -242,12 +248,16 @@ HRESULT MediaWriter::Create(const std::wstring& path, Container container, const
     chunk32(Fourcc('f', 'm', 't', ' '), format);
     for (const MediaChunk& chunk : chunks)
     {
-        // A Wave64 list's entries are framed with GUIDs, which a RIFF list cannot hold.
-        if (chunk.aiff || !chunk.fourcc || chunk.data.size() > kRiffLimit ||
-            chunk.guid == RIFF64_GUID_LIST)
+        // A Wave64 list takes the RIFF framing; one whose ids have no four-character form
+        // cannot.
+        std::vector<BYTE> list;
+        const bool wave64List = chunk.guid == RIFF64_GUID_LIST;
+        const bool framed = !wave64List || Wave64ListToRiff(chunk.data, list);
+        const std::vector<BYTE>& data = wave64List ? list : chunk.data;
+        if (chunk.aiff || !chunk.fourcc || !framed || data.size() > kRiffLimit)
             dropped.push_back(chunk.Name());
         else
-            chunk32(chunk.fourcc, chunk.data);
+            chunk32(chunk.fourcc, data);
     }
     LARGE_INTEGER here = {};
     SetFilePointerEx(m_file.Get(), here, &here, FILE_CURRENT);

@@ -3,12 +3,14 @@
 #include "probecommand.h"
 
 #include "bwf.h"
+#include "hostlog.h"
 #include "hresulttext.h"
 #include "jsonwriter.h"
 #include "mediafile.h"
 #include "pluginsession.h"
 #include "projectlink.h"
-#include "riff.h"
+#include "riff64.h"
+#include "summary.h"
 #include "xmldocument.h"
 #include "xmlescapes.h"
 
@@ -172,6 +174,30 @@ void OutlineElements(CTqXML_Document& document, tagTQXML_ELEMENT* element, int d
     document.FindContentClose(cursor);
 }
 
+// A summary list the kernel loaded, freed with it.
+struct SummaryList
+{
+    SummaryList() = default;
+    SummaryList(const SummaryList&) = delete;
+    SummaryList& operator=(const SummaryList&) = delete;
+    ~SummaryList() { TqSummary_Free(&list); }
+    tSUMMARYLIST list = {};
+};
+
+// The entries at the cursor, within bound, by the loader of the list's framing.
+HRESULT LoadSummary(HANDLE file, Container container, bool wave64List, bool unfo, ULONGLONG bound,
+                    tSUMMARYLIST& list)
+{
+    if (wave64List)
+        return unfo ? TqSummary_LoadUNFO64(file, &list, &bound)
+                    : TqSummary_Load64(file, &list, &bound);
+    if (container == Container::Rf64)
+        return unfo ? TqSummary_LoadUNFORF64(file, &list, &bound)
+                    : TqSummary_LoadRF64(file, &list, &bound);
+    DWORD bound32 = static_cast<DWORD>(bound);
+    return unfo ? TqSummary_LoadUNFO(file, &list, &bound32) : TqSummary_Load(file, &list, &bound32);
+}
+
 // What probe says about one file, built as text and JSON side by side.
 class Report
 {
@@ -301,40 +327,39 @@ public:
         return json.Text();
     }
 
-    // The entries of a LIST INFO (8-bit text) or UNFO (16-bit text).
-    std::string Summary(const std::vector<BYTE>& list, bool wide)
+    // The entries of a LIST INFO (8-bit text) or UNFO (16-bit text), read by the kernel's loader
+    // for the list's framing (a Wave64 list frames its entries with GUIDs).
+    std::string Summary(HANDLE file, Container container, const MediaChunk& chunk, bool wave64List,
+                        bool unfo)
     {
-        std::vector<std::string> items;
-        for (size_t at = 4; at + 8 <= list.size();)
+        const UINT64 header = container == Container::Wave64 ? 24 : 8;
+        const UINT64 typeBytes = wave64List ? 16 : 4;
+        LARGE_INTEGER entries;
+        entries.QuadPart = static_cast<LONGLONG>(chunk.offset + header + typeBytes);
+        ULONGLONG bound = chunk.data.size() - typeBytes;
+        SummaryList list;
+        const HRESULT hr = SetFilePointerEx(file, entries, nullptr, FILE_BEGIN)
+                               ? LoadSummary(file, container, wave64List, unfo, bound, list.list)
+                               : TQ_E_READFAILED;
+        if (FAILED(hr))
         {
-            DWORD id, size;
-            std::memcpy(&id, &list[at], 4);
-            std::memcpy(&size, &list[at + 4], 4);
-            if (size > list.size() - at - 8)
-            {
-                Line(2, L"an entry runs past the end of the list");
-                break;
-            }
-            const BYTE* text = &list[at + 8];
-            std::wstring value;
-            if (wide)
-            {
-                for (size_t i = 0; i + 1 < size; i += 2)
-                {
-                    const wchar_t c = static_cast<wchar_t>(text[i] | text[i + 1] << 8);
-                    if (!c) break;
-                    value += c;
-                }
-            }
-            else
-                value = Narrow(text, size, CP_ACP);
-            std::wstring label = IdText(id);
+            Line(2, L"could not be read: " + HexCode(hr));
+            return JsonObject().Add("error", HexCode(hr)).Text();
+        }
+        std::vector<std::string> items;
+        for (INT32 i = 0; i < list.list.count; ++i)
+        {
+            const tSUMMARYITEM& item = list.list.items[i];
+            const std::wstring value = item.text ? item.text : L"";
+            std::wstring label = IdText(item.id);
             for (const InfoLabel& row : kInfoLabels)
-                if (row.id == id) label = row.label;
+                if (row.id == item.id) label = row.label;
             Line(2, label + L": " + value);
-            items.push_back(
-                JsonObject().Add("id", IdText(id)).Add("label", label).Add("text", value).Text());
-            at += 8 + size + (size & 1);
+            items.push_back(JsonObject()
+                                .Add("id", IdText(item.id))
+                                .Add("label", label)
+                                .Add("text", value)
+                                .Text());
         }
         return JsonArray(items);
     }
@@ -425,13 +450,23 @@ bool Probe(const Options& options, const std::wstring& path, std::string& json)
             .AddNumber("offset", chunk.offset)
             .AddNumber("bytes", chunk.data.size());
         std::wstring title = L"Chunk " + chunk.Name();
-        // A list of the RIFF family names its type in four characters (a Wave64 list by GUID).
-        const bool riffList =
-            !chunk.aiff && chunk.guid == Wave64Guid(kList) && chunk.data.size() >= 4;
+        // A RIFF list names its type in four characters, a Wave64 list by a GUID of the family
+        // that spells them in its first field.
+        const bool wave64List =
+            !chunk.aiff && chunk.guid == RIFF64_GUID_LIST && chunk.data.size() >= 16;
+        const bool riffList = wave64List || (!chunk.aiff && chunk.guid == Wave64Guid(kList) &&
+                                             chunk.data.size() >= 4);
         DWORD listType = 0;
-        if (riffList)
+        if (wave64List)
         {
+            GUID type;
+            std::memcpy(&type, chunk.data.data(), 16);
+            listType = FourccOfWave64Guid(type);
+        }
+        else if (riffList)
             std::memcpy(&listType, chunk.data.data(), 4);
+        if (listType)
+        {
             title += L" " + IdText(listType);
             entry.Add("type", IdText(listType));
         }
@@ -440,7 +475,8 @@ bool Probe(const Options& options, const std::wstring& path, std::string& json)
         {
         }
         else if (riffList && (listType == kInfo || listType == kUnfo))
-            entry.AddJson("items", report.Summary(chunk.data, listType == kUnfo));
+            entry.AddJson("items", report.Summary(file.Get(), layout.container, chunk, wave64List,
+                                                  listType == kUnfo));
         else if ((chunk.fourcc == RIFF_ID_BEXT || chunk.fourcc == RIFF_ID_BEXT_UPPER))
             entry.AddJson("bext", report.Bext(bwf.chunk, format->nSamplesPerSec));
         else if (chunk.fourcc == RIFF_ID_IXML)

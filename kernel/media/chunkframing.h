@@ -45,6 +45,21 @@ public:
     // Removes the chunk, moving what follows down; removed gets its extent.
     virtual HRESULT Delete(DWORD id, ULONGLONG& removed) noexcept = 0;
 
+    // --- Lists and their entries, from the cursor, within a bound the caller keeps ---
+
+    // The bytes of a list's type behind its header.
+    virtual DWORD ListTypeBytes() const noexcept = 0;
+    // Reads the header of a list's entry; an id that has no four-character form reads as 0.
+    virtual HRESULT ReadEntryHeader(DWORD& id, ULONGLONG& size) noexcept = 0;
+    // Counts the entries within bound; the cursor is restored.
+    virtual HRESULT CountEntries(ULONGLONG bound, DWORD& count) noexcept = 0;
+    // Searches for a list of that type (size: without its type) or for an entry, taking what
+    // is passed over off remaining as the chunk layer of the family does.
+    virtual HRESULT FindList(DWORD type, ULONGLONG& size, ULONGLONG& remaining) noexcept = 0;
+    virtual HRESULT FindEntry(DWORD id, ULONGLONG& size, ULONGLONG& remaining) noexcept = 0;
+    // Writes a list header at the cursor; size counts the type.
+    virtual HRESULT WriteListHeader(DWORD type, ULONGLONG size) noexcept = 0;
+
 private:
     tq::riff::FileCursor m_cursor;
 };
@@ -66,6 +81,12 @@ public:
     HRESULT SetFormEnd(ULONGLONG end) noexcept override;
     HRESULT MakeJunk(ULONGLONG pos) noexcept override;
     HRESULT Delete(DWORD id, ULONGLONG& removed) noexcept override;
+    DWORD ListTypeBytes() const noexcept override { return 4; }
+    HRESULT ReadEntryHeader(DWORD& id, ULONGLONG& size) noexcept override;
+    HRESULT CountEntries(ULONGLONG bound, DWORD& count) noexcept override;
+    HRESULT FindList(DWORD type, ULONGLONG& size, ULONGLONG& remaining) noexcept override;
+    HRESULT FindEntry(DWORD id, ULONGLONG& size, ULONGLONG& remaining) noexcept override;
+    HRESULT WriteListHeader(DWORD type, ULONGLONG size) noexcept override;
 
 private:
     HANDLE m_file;
@@ -108,6 +129,12 @@ public:
     HRESULT SetFormEnd(ULONGLONG end) noexcept override;
     HRESULT MakeJunk(ULONGLONG pos) noexcept override;
     HRESULT Delete(DWORD id, ULONGLONG& removed) noexcept override;
+    DWORD ListTypeBytes() const noexcept override { return 16; }
+    HRESULT ReadEntryHeader(DWORD& id, ULONGLONG& size) noexcept override;
+    HRESULT CountEntries(ULONGLONG bound, DWORD& count) noexcept override;
+    HRESULT FindList(DWORD type, ULONGLONG& size, ULONGLONG& remaining) noexcept override;
+    HRESULT FindEntry(DWORD id, ULONGLONG& size, ULONGLONG& remaining) noexcept override;
+    HRESULT WriteListHeader(DWORD type, ULONGLONG size) noexcept override;
 
 private:
     static ULONGLONG Aligned(ULONGLONG size) noexcept { return (size + 7) & ~7ull; }
@@ -133,6 +160,12 @@ public:
     HRESULT SetFormEnd(ULONGLONG end) noexcept override;
     HRESULT MakeJunk(ULONGLONG pos) noexcept override;
     HRESULT Delete(DWORD id, ULONGLONG& removed) noexcept override;
+    DWORD ListTypeBytes() const noexcept override { return 4; }
+    HRESULT ReadEntryHeader(DWORD& id, ULONGLONG& size) noexcept override;
+    HRESULT CountEntries(ULONGLONG bound, DWORD& count) noexcept override;
+    HRESULT FindList(DWORD type, ULONGLONG& size, ULONGLONG& remaining) noexcept override;
+    HRESULT FindEntry(DWORD id, ULONGLONG& size, ULONGLONG& remaining) noexcept override;
+    HRESULT WriteListHeader(DWORD type, ULONGLONG size) noexcept override;
 
     // Whether the file carries a ds64 (the cursor is moved).
     static bool HasDs64(HANDLE file) noexcept;

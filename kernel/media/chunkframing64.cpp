@@ -24,6 +24,15 @@ GUID Wave64Id(DWORD id)
     return guid;
 }
 
+// The RIFF id a Wave64 GUID stands for, or 0 for a GUID outside the family.
+DWORD RiffIdOf(const GUID& guid)
+{
+    if (IsEqualGUID(guid, RIFF64_GUID_JUNK)) return RIFF_ID_JUNK;
+    GUID family = guid;
+    family.Data1 = RIFF64_GUID_FMT.Data1;
+    return IsEqualGUID(family, RIFF64_GUID_FMT) ? guid.Data1 : 0;
+}
+
 } // namespace
 
 HRESULT Wave64Framing::ReadHeader() noexcept
@@ -176,6 +185,72 @@ HRESULT Rf64Framing::MakeJunk(ULONGLONG pos) noexcept
 HRESULT Rf64Framing::Delete(DWORD id, ULONGLONG& removed) noexcept
 {
     return RF64_DeleteChunk(m_file, id, &removed, FALSE);
+}
+
+HRESULT Wave64Framing::ReadEntryHeader(DWORD& id, ULONGLONG& size) noexcept
+{
+    GUID guid = {};
+    if (const HRESULT hr = riff64_ReadChunkHeader(m_file, &guid, &size); FAILED(hr)) return hr;
+    id = RiffIdOf(guid);
+    return S_OK;
+}
+
+HRESULT Wave64Framing::CountEntries(ULONGLONG bound, DWORD& count) noexcept
+{
+    return riff64_GetNumListEntries(m_file, &count, &bound);
+}
+
+HRESULT Wave64Framing::FindList(DWORD type, ULONGLONG& size, ULONGLONG& remaining) noexcept
+{
+    const GUID guid = Wave64Id(type);
+    return riff64_FindListChunk(m_file, &guid, &size, &remaining);
+}
+
+HRESULT Wave64Framing::FindEntry(DWORD id, ULONGLONG& size, ULONGLONG& remaining) noexcept
+{
+    const GUID guid = Wave64Id(id);
+    return riff64_FindChunkHeader(m_file, &guid, &size, &remaining);
+}
+
+HRESULT Wave64Framing::WriteListHeader(DWORD type, ULONGLONG size) noexcept
+{
+    const GUID guid = Wave64Id(type);
+    return riff64_WriteListHeader(m_file, &guid, size);
+}
+
+HRESULT Rf64Framing::ReadEntryHeader(DWORD& id, ULONGLONG& size) noexcept
+{
+    DWORD chunkSize = 0;
+    if (const HRESULT hr = riff_ReadChunkHeader(m_file, &id, &chunkSize); FAILED(hr)) return hr;
+    size = chunkSize;
+    if (id != RIFF_ID_DATA || chunkSize != RF64_SIZE_IN_DS64) return S_OK;
+    // The audio, walked past at the top level: its size is in ds64.
+    ULONGLONG pos = 0, riffSize = 0, dataSize = 0;
+    if (const HRESULT hr = Cursor().Tell(pos); FAILED(hr)) return hr;
+    if (SUCCEEDED(ReadDs64(riffSize, dataSize))) size = dataSize;
+    return Cursor().SeekTo(pos);
+}
+
+HRESULT Rf64Framing::CountEntries(ULONGLONG bound, DWORD& count) noexcept
+{
+    return RF64_GetNumListEntries(m_file, &count, &bound);
+}
+
+HRESULT Rf64Framing::FindList(DWORD type, ULONGLONG& size, ULONGLONG& remaining) noexcept
+{
+    return RF64_FindListChunk(m_file, type, &size, &remaining);
+}
+
+HRESULT Rf64Framing::FindEntry(DWORD id, ULONGLONG& size, ULONGLONG& remaining) noexcept
+{
+    return RF64_FindChunkHeader(m_file, id, &size, &remaining);
+}
+
+HRESULT Rf64Framing::WriteListHeader(DWORD type, ULONGLONG size) noexcept
+{
+    // Lists keep the 32-bit sizes of RIFF; only "data" and the form have 64-bit ones.
+    if (size > MAXDWORD - 8) return TQ_E_SIZELIMIT;
+    return riff_WriteListHeader(m_file, type, static_cast<DWORD>(size));
 }
 
 } // namespace tq::media

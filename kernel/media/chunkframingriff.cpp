@@ -10,6 +10,12 @@ namespace {
 constexpr ULONGLONG kFormStart = 12;
 constexpr ULONGLONG kLargestRiffSize = 0xFFFFFFF7ull;
 
+// A 64-bit bound as the 32-bit one of the RIFF layer: a RIFF file cannot hold more.
+DWORD Bound32(ULONGLONG bound)
+{
+    return bound > MAXDWORD ? MAXDWORD : static_cast<DWORD>(bound);
+}
+
 } // namespace
 
 HRESULT RiffFraming::ReadHeader() noexcept
@@ -82,6 +88,45 @@ HRESULT RiffFraming::Delete(DWORD id, ULONGLONG& removed) noexcept
     const HRESULT hr = riff_DeleteChunk(m_file, id, &bytes, FALSE);
     removed = bytes;
     return hr;
+}
+
+HRESULT RiffFraming::ReadEntryHeader(DWORD& id, ULONGLONG& size) noexcept
+{
+    DWORD chunkSize = 0;
+    if (const HRESULT hr = riff_ReadChunkHeader(m_file, &id, &chunkSize); FAILED(hr)) return hr;
+    size = chunkSize;
+    return S_OK;
+}
+
+HRESULT RiffFraming::CountEntries(ULONGLONG bound, DWORD& count) noexcept
+{
+    DWORD left = Bound32(bound);
+    return riff_GetNumListEntries(m_file, &count, &left);
+}
+
+HRESULT RiffFraming::FindList(DWORD type, ULONGLONG& size, ULONGLONG& remaining) noexcept
+{
+    DWORD left = Bound32(remaining), listSize = 0;
+    const HRESULT hr = riff_FindListChunk(m_file, type, &listSize, &left);
+    remaining = left;
+    size = listSize;
+    return hr;
+}
+
+HRESULT RiffFraming::FindEntry(DWORD id, ULONGLONG& size, ULONGLONG& remaining) noexcept
+{
+    DWORD left = Bound32(remaining), entrySize = 0;
+    const HRESULT hr = riff_FindChunkHeader(m_file, id, &entrySize, &left);
+    remaining = left;
+    size = entrySize;
+    return hr;
+}
+
+HRESULT RiffFraming::WriteListHeader(DWORD type, ULONGLONG size) noexcept
+{
+    // The whole list, header included, must stay countable in 32 bits.
+    if (size > MAXDWORD - 8) return TQ_E_SIZELIMIT;
+    return riff_WriteListHeader(m_file, type, static_cast<DWORD>(size));
 }
 
 } // namespace tq::media

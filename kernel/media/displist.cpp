@@ -1,55 +1,44 @@
-// Display lists in memory and as "DISP" chunks.
-#include "displist.h"
+// Display lists in memory and as "DISP" chunks; the chunks are read and written once for every
+// framing, and the RIFF entry points are here.
 #include "lockedblock.h"
+#include "displistwalk.h"
+#include "summaryframing.h"
 
 #include <cstring>
-#include <memory>
-#include <new>
 
 using tq::media::AllocLocked;
 using tq::media::FreeLocked;
+using tq::media::RiffFraming;
 
 namespace {
 
-constexpr DWORD kChunkHeaderBytes = 8;
 constexpr DWORD kFormatBytes = 4;
 constexpr DWORD kDefaultFormats[] = {CF_TEXT, CF_DIB};
 
-ULONGLONG PaddedChunk(DWORD size)
+// A file in one of the framings as a source of chunks for the walk.
+class FramingSource
 {
-    return kChunkHeaderBytes + static_cast<ULONGLONG>(size) + (size & 1);
-}
-
-HRESULT ReadExact(HANDLE file, void* buffer, DWORD bytes)
-{
-    DWORD read = 0;
-    return ReadFile(file, buffer, bytes, &read, nullptr) && read == bytes ? S_OK : TQ_E_READFAILED;
-}
-
-HRESULT SkipBytes(HANDLE file, LONGLONG bytes)
-{
-    LARGE_INTEGER distance;
-    distance.QuadPart = bytes;
-    return SetFilePointerEx(file, distance, nullptr, FILE_CURRENT) ? S_OK : TQ_E_READFAILED;
-}
-
-HRESULT LoadPayload(HANDLE file, tDISPITEM& item, DWORD bytes)
-{
-    void* data = nullptr;
-    if (bytes)
+public:
+    explicit FramingSource(tq::media::Framing& framing) noexcept : m_f(framing) {}
+    DWORD HeaderBytes() const noexcept { return m_f.HeaderBytes(); }
+    ULONGLONG Extent(ULONGLONG size) const noexcept { return m_f.Extent(size); }
+    HRESULT ReadEntryHeader(DWORD& id, ULONGLONG& size) noexcept
     {
-        data = AllocLocked(bytes);
-        if (!data) return E_OUTOFMEMORY;
-        if (const HRESULT hr = ReadExact(file, data, bytes); FAILED(hr))
-        {
-            FreeLocked(data);
-            return hr;
-        }
+        return m_f.ReadEntryHeader(id, size);
     }
-    FreeLocked(item.data);
-    item.data = data;
-    item.size = bytes;
-    return S_OK;
+    HRESULT Read(void* buffer, DWORD count) noexcept { return m_f.Cursor().Read(buffer, count); }
+    HRESULT Skip(ULONGLONG count) noexcept { return m_f.Cursor().Skip(count); }
+    HRESULT SeekTo(ULONGLONG pos) noexcept { return m_f.Cursor().SeekTo(pos); }
+    HRESULT Tell(ULONGLONG& pos) noexcept { return m_f.Cursor().Tell(pos); }
+    HRESULT BytesLeft(ULONGLONG& count) noexcept { return m_f.Cursor().BytesLeft(count); }
+
+private:
+    tq::media::Framing& m_f;
+};
+
+DWORD Clamp32(ULONGLONG value)
+{
+    return value > MAXDWORD ? MAXDWORD : static_cast<DWORD>(value);
 }
 
 } // namespace
@@ -115,64 +104,53 @@ TQKERNEL_API HRESULT displist_SetItem(tDISPLIST* list, DWORD format, DWORD size,
     return S_OK;
 }
 
-TQKERNEL_API HRESULT displist_Load(HANDLE file, tDISPLIST* list, DWORD* remaining)
-{
-    if (!list || !remaining) return E_INVALIDARG;
-    if (list->count == 0) return S_OK;
-    DWORD start = 0;
-    if (const HRESULT hr = riff_SaveLocation(file, &start); FAILED(hr)) return hr;
-    for (;;)
-    {
-        if (*remaining < kChunkHeaderBytes)
-        {
-            riff_RestoreLocation(file, start);
-            return S_OK;
-        }
-        DWORD id = 0, size = 0;
-        if (const HRESULT hr = riff_ReadChunkHeader(file, &id, &size); FAILED(hr)) return hr;
-        // A chunk the bound cannot hold comes from a damaged file.
-        if (size > *remaining - kChunkHeaderBytes) return TQ_E_CORRUPTFILE;
-        const ULONGLONG used = PaddedChunk(size);
-        *remaining = used >= *remaining ? 0 : static_cast<DWORD>(*remaining - used);
+namespace tq::summary {
 
-        if (id != RIFF_ID_DISP || size < kFormatBytes)
-        {
-            if (const HRESULT hr = SkipBytes(file, used - kChunkHeaderBytes); FAILED(hr)) return hr;
-            continue;
-        }
-        DWORD format = 0;
-        if (const HRESULT hr = ReadExact(file, &format, kFormatBytes); FAILED(hr)) return hr;
-        // Formats the list does not hold are dropped.
-        tDISPITEM* item = displist_GetItem(list, format);
-        const DWORD payload = size - kFormatBytes;
-        if (const HRESULT hr = item ? LoadPayload(file, *item, payload) : SkipBytes(file, payload);
-            FAILED(hr))
-            return hr;
-        if (const HRESULT hr = SkipBytes(file, size & 1); FAILED(hr)) return hr;
-    }
+HRESULT LoadDisplay(Framing& framing, tDISPLIST* list, ULONGLONG* remaining) noexcept
+{
+    FramingSource source(framing);
+    return WalkDisplay(source, list, remaining);
 }
 
-TQKERNEL_API HRESULT displist_Save(HANDLE file, const tDISPLIST* list, DWORD* written)
+HRESULT SaveDisplay(Framing& framing, const tDISPLIST* list, ULONGLONG* written) noexcept
 {
     if (written) *written = 0;
     if (!list) return E_INVALIDARG;
-    DWORD total = 0;
+    ULONGLONG total = 0;
     for (INT32 i = 0; i < list->count; ++i)
     {
         const tDISPITEM& item = list->items[i];
         if (!item.data || item.size == 0) continue;
-        if (item.size > 0xFFFFFFFFu - kFormatBytes - 1) return TQ_E_SIZELIMIT;
-        const DWORD size = item.size + kFormatBytes;
-        if (const HRESULT hr = riff_WriteChunkHeader(file, RIFF_ID_DISP, size); FAILED(hr))
-            return hr;
-        DWORD done = 0;
-        static const BYTE kPad = 0;
-        if (!WriteFile(file, &item.format, kFormatBytes, &done, nullptr) || done != kFormatBytes ||
-            !WriteFile(file, item.data, item.size, &done, nullptr) || done != item.size ||
-            ((size & 1) && (!WriteFile(file, &kPad, 1, &done, nullptr) || done != 1)))
-            return TQ_E_WRITEFAILED;
-        total += static_cast<DWORD>(PaddedChunk(size));
+        const ULONGLONG size = static_cast<ULONGLONG>(item.size) + kFormatBytes;
+        const ULONGLONG extent = framing.Extent(size);
+        HRESULT hr = framing.WriteHeader(RIFF_ID_DISP, size);
+        if (SUCCEEDED(hr)) hr = framing.Cursor().Write(&item.format, kFormatBytes);
+        if (SUCCEEDED(hr)) hr = framing.Cursor().Write(item.data, item.size);
+        if (SUCCEEDED(hr)) hr = WritePad(framing, extent - framing.HeaderBytes() - size);
+        if (FAILED(hr)) return hr;
+        total += extent;
+        if (written) *written = total;
     }
-    if (written) *written = total;
     return S_OK;
+}
+
+} // namespace tq::summary
+
+TQKERNEL_API HRESULT displist_Load(HANDLE file, tDISPLIST* list, DWORD* remaining)
+{
+    if (!remaining) return E_INVALIDARG;
+    RiffFraming framing(file);
+    ULONGLONG bound = *remaining;
+    const HRESULT hr = tq::summary::LoadDisplay(framing, list, &bound);
+    *remaining = Clamp32(bound);
+    return hr;
+}
+
+TQKERNEL_API HRESULT displist_Save(HANDLE file, const tDISPLIST* list, DWORD* written)
+{
+    RiffFraming framing(file);
+    ULONGLONG bytes = 0;
+    const HRESULT hr = tq::summary::SaveDisplay(framing, list, &bytes);
+    if (written) *written = Clamp32(bytes);
+    return hr;
 }

@@ -4,6 +4,8 @@
 
 #include "riff.h"
 
+#include <objidl.h>
+
 #define RIFF_ID_DISP RIFF_ID('D', 'I', 'S', 'P')
 
 // An item: a clipboard format id and its payload, a locked block of the movable global heap owned
@@ -44,3 +46,17 @@ TQKERNEL_API HRESULT displist_SetItem(tDISPLIST* list, DWORD format, DWORD size,
 TQKERNEL_API HRESULT displist_Load(HANDLE file, tDISPLIST* list, DWORD* remaining);
 // Writes one "DISP" chunk for every item that holds a payload; written (optional) gets the bytes.
 TQKERNEL_API HRESULT displist_Save(HANDLE file, const tDISPLIST* list, DWORD* written);
+
+// The same on Wave64 files ("DISP" is a GUID of the family that spells a RIFF id in its first
+// field; chunks are aligned to 8) and on RF64 files (RIFF chunks with 64-bit bounds).
+TQKERNEL_API HRESULT displist64_Load(HANDLE file, tDISPLIST* list, ULONGLONG* remaining);
+TQKERNEL_API HRESULT displist64_Save(HANDLE file, const tDISPLIST* list, ULONGLONG* written);
+TQKERNEL_API HRESULT displistRF64_Load(HANDLE file, tDISPLIST* list, ULONGLONG* remaining);
+TQKERNEL_API HRESULT displistRF64_Save(HANDLE file, const tDISPLIST* list, ULONGLONG* written);
+
+// Loads the "DISP" chunks of a stream of RIFF chunks (as displist_Save writes them) from its
+// position within *remaining bytes, as displist_Load does from a file.
+TQKERNEL_API HRESULT displist_LoadFromStream(IStream* stream, tDISPLIST* list, DWORD* remaining);
+// The picture (CF_DIB) of the display list at the top level of a RIFF, RF64 or Wave64 file, as a
+// DIB section the caller deletes; null when the file has none or it is no well-formed bitmap.
+TQKERNEL_API HBITMAP displist_CreateBitmapFromFile(const WCHAR* path);

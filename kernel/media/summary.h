@@ -62,3 +62,26 @@ TQKERNEL_API HRESULT TqSummary_SaveUNFO(HANDLE file, const tSUMMARYLIST* list, D
 // is restored.
 TQKERNEL_API HRESULT TqSummary_GetStringFromFile(HANDLE file, DWORD id, WCHAR* buffer,
                                                  DWORD bufferChars, DWORD* remaining);
+
+// --- The same on Wave64 files: the list, its type and its entries are chunks named by GUIDs of
+// the family that spells a RIFF id in their first field, with 64-bit sizes and 8-byte alignment;
+// bounds and counts are 64-bit ---
+
+TQKERNEL_API HRESULT TqSummary_Load64(HANDLE file, tSUMMARYLIST* list, ULONGLONG* listSize);
+TQKERNEL_API HRESULT TqSummary_LoadUNFO64(HANDLE file, tSUMMARYLIST* list, ULONGLONG* listSize);
+TQKERNEL_API HRESULT TqSummary64_Save(HANDLE file, const tSUMMARYLIST* list, ULONGLONG* written);
+TQKERNEL_API HRESULT TqSummary64_SaveUNFO(HANDLE file, const tSUMMARYLIST* list,
+                                          ULONGLONG* written);
+TQKERNEL_API HRESULT TqSummary64_GetStringFromFile(HANDLE file, DWORD id, WCHAR* buffer,
+                                                   DWORD bufferChars, ULONGLONG* remaining);
+
+// --- And on RF64 files, whose lists are those of RIFF with 64-bit bounds, for the chunks
+// behind "data" (see SeekToRF64End); plain RIFF files read the same ---
+
+TQKERNEL_API HRESULT TqSummary_LoadRF64(HANDLE file, tSUMMARYLIST* list, ULONGLONG* listSize);
+TQKERNEL_API HRESULT TqSummary_LoadUNFORF64(HANDLE file, tSUMMARYLIST* list, ULONGLONG* listSize);
+TQKERNEL_API HRESULT TqSummaryRF64_Save(HANDLE file, const tSUMMARYLIST* list, ULONGLONG* written);
+TQKERNEL_API HRESULT TqSummaryRF64_SaveUNFO(HANDLE file, const tSUMMARYLIST* list,
+                                            ULONGLONG* written);
+TQKERNEL_API HRESULT TqSummaryRF64_GetStringFromFile(HANDLE file, DWORD id, WCHAR* buffer,
+                                                     DWORD bufferChars, ULONGLONG* remaining);

@@ -5,6 +5,7 @@
 #include "jsonwriter.h"
 #include "mediafile.h"
 #include "riff.h"
+#include "riff64.h"
 #include "options.h"
 #include "support/testpaths.h"
 #include "uniquehandle.h"
@@ -1456,7 +1457,8 @@ TEST_F(HostMedia, TheExtensionChoosesTheContainer)
 
 // Every metadata chunk (broadcast wave, iXML, INFO, display list, cue points, project link, one
 // unknown) comes through to WAV and Wave64 as it was, in its order, bext with one more history
-// line; an AIFF output names those it has no place for.
+// line and a list in the framing of its container (see ListsTravelBetweenEveryContainer); an
+// AIFF output names those it has no place for.
 TEST_F(HostMedia, ProcessCarriesTheMetadata)
 {
     const std::wstring input = MetadataInput();
@@ -1478,6 +1480,8 @@ TEST_F(HostMedia, ProcessCarriesTheMetadata)
             const tqhost::MediaChunk& before = in.chunks[i];
             const tqhost::MediaChunk& after = out.chunks[i];
             EXPECT_EQ(after.fourcc, before.fourcc) << i;
+            if (before.fourcc == RIFF_ID('L', 'I', 'S', 'T') && after.guid == RIFF64_GUID_LIST)
+                continue;
             if (before.fourcc != RIFF_ID('b', 'e', 'x', 't'))
             {
                 EXPECT_EQ(after.data, before.data) << "chunk " << i;
@@ -1503,6 +1507,64 @@ TEST_F(HostMedia, ProcessCarriesTheMetadata)
     EXPECT_NE(aiff.output.find("Left out chunk bext: the AIFF output has no place for it\n"),
               std::string::npos)
         << aiff.output;
+}
+
+// A list and a display list go from WAV and RF64 through Wave64 and back: in Wave64 the list is
+// framed with GUIDs, and every container gives the same items back, to probe and byte for byte.
+TEST_F(HostMedia, ListsTravelBetweenEveryContainer)
+{
+    const std::wstring wav = MetadataInput();
+    const std::string bytes = ReadBytes(wav);
+    const auto u32 = [](uint32_t v) { return std::string(reinterpret_cast<char*>(&v), 4); };
+    const auto u64 = [](uint64_t v) { return std::string(reinterpret_cast<char*>(&v), 8); };
+    const std::string samples = DataOf(bytes);
+    const std::string ds64 = "ds64" + u32(28) + u64(bytes.size() + 36 - 8) + u64(samples.size()) +
+                             u64(samples.size() / 4) + u32(0);
+    const std::wstring rf64 = m_folder.File(L"tagged-rf64.wav");
+    WriteBytes(rf64, "RF64" + u32(0xFFFFFFFF) + "WAVE" + ds64 + bytes.substr(12));
+
+    const auto process = [&](const std::wstring& from, const wchar_t* to) {
+        const std::wstring output = m_folder.File(to);
+        const RunResult run =
+            RunHost(L"process " + Gain() + L" " + Quoted(from) + L" " + Quoted(output));
+        EXPECT_EQ(run.exitCode, 0u) << run.output;
+        EXPECT_EQ(run.output.find("Left out"), std::string::npos) << run.output;
+        return output;
+    };
+    const auto chunk = [](const std::wstring& path, DWORD fourcc) {
+        const FloatSamples read = ReadFloat(path);
+        EXPECT_EQ(read.hr, S_OK);
+        for (const tqhost::MediaChunk& c : read.chunks)
+            if (c.fourcc == fourcc) return c;
+        ADD_FAILURE() << "no chunk " << fourcc;
+        return tqhost::MediaChunk();
+    };
+    const DWORD list = RIFF_ID('L', 'I', 'S', 'T'), disp = RIFF_ID('D', 'I', 'S', 'P');
+    const tqhost::MediaChunk info = chunk(wav, list), picture = chunk(wav, disp);
+
+    const std::wstring wave64 = process(wav, L"a.w64");
+    const std::wstring fromRf64 = process(rf64, L"b.wav");
+    const std::wstring wave64FromRf64 = process(fromRf64, L"c.w64");
+    for (const std::wstring& riff :
+         {process(wave64, L"a-back.wav"), fromRf64, process(wave64FromRf64, L"c-back.wav")})
+    {
+        EXPECT_EQ(chunk(riff, list).data, info.data);
+        EXPECT_EQ(chunk(riff, disp).data, picture.data);
+    }
+    EXPECT_EQ(ReadFloat(fromRf64).container, tqhost::Container::Rf64);
+    for (const std::wstring& w64 : {wave64, wave64FromRf64})
+    {
+        EXPECT_TRUE(chunk(w64, list).guid == RIFF64_GUID_LIST);
+        EXPECT_EQ(chunk(w64, disp).data, picture.data);
+    }
+    for (const std::wstring& probed : {wave64, fromRf64})
+    {
+        const RunResult run = RunHost(L"probe " + Quoted(probed));
+        ASSERT_EQ(run.exitCode, 0u) << run.output;
+        for (const char* line : {"  Chunk LIST INFO (", "    Title: Dawn\n",
+                                 "    Artist: A. Wren\n", "    Text: Dawn chorus\n"})
+            EXPECT_NE(run.output.find(line), std::string::npos) << line << run.output;
+    }
 }
 
 TEST_F(HostMedia, ProbeDecodesTheMetadata)
