@@ -1538,6 +1538,61 @@ TEST_F(HostMedia, ProcessCarriesTheMetadata)
         << aiff.output;
 }
 
+// Cue points with their labels become AIFF markers and come back as they were; a chunk of
+// either family that has a counterpart is not left out.
+TEST_F(HostMedia, MarkersCrossBetweenWavAndAiff)
+{
+    const auto le32 = [](uint32_t v) { return std::string(reinterpret_cast<const char*>(&v), 4); };
+    const auto point = [&](uint32_t id, uint32_t frame) {
+        return le32(id) + le32(frame) + "data" + le32(0) + le32(0) + le32(frame);
+    };
+    const auto label = [&](uint32_t id, const std::string& text) {
+        const std::string data = le32(id) + text + '\0';
+        return "labl" + le32(uint32_t(data.size())) + data + std::string(data.size() % 2, '\0');
+    };
+    const std::string cue = le32(2) + point(1, 100) + point(2, 15000);
+    const std::string labels = "adtl" + label(2, "Chorus") + label(1, "Intro");
+    const std::string generated = ReadBytes(m_input);
+    const std::string format = generated.substr(generated.find("fmt ") + 8, sizeof(PCMWAVEFORMAT));
+    const std::wstring input = m_folder.File(L"marked.wav");
+    WriteBytes(
+        input,
+        WavBytes({{"fmt ", format}, {"cue ", cue}, {"LIST", labels}, {"data", DataOf(generated)}}));
+
+    const std::wstring aiff = m_folder.File(L"marked.aif");
+    const RunResult there =
+        RunHost(L"process " + Gain() + L" " + Quoted(input) + L" " + Quoted(aiff));
+    ASSERT_EQ(there.exitCode, 0u) << there.output;
+    EXPECT_EQ(there.output.find("Left out"), std::string::npos) << there.output;
+    const FloatSamples marked = ReadFloat(aiff);
+    ASSERT_EQ(marked.hr, S_OK);
+    ASSERT_EQ(marked.chunks.size(), 1u);
+    EXPECT_EQ(marked.chunks[0].Name(), L"MARK");
+    const std::string mark(marked.chunks[0].data.begin(), marked.chunks[0].data.end());
+    EXPECT_EQ(mark, std::string("\0\2"
+                                "\0\1\0\0\0\x64\5Intro"
+                                "\0\2\0\0\x3A\x98\6Chorus\0",
+                                28));
+
+    // Back to WAV and Wave64: the cue points and a label each, in marker order.
+    for (const wchar_t* name : {L"marked-back.wav", L"marked-back.w64"})
+    {
+        const std::wstring back = m_folder.File(name);
+        const RunResult run =
+            RunHost(L"process " + Gain() + L" " + Quoted(aiff) + L" " + Quoted(back));
+        ASSERT_EQ(run.exitCode, 0u) << run.output;
+        EXPECT_EQ(run.output.find("Left out"), std::string::npos) << run.output;
+        const FloatSamples out = ReadFloat(back);
+        ASSERT_EQ(out.hr, S_OK);
+        ASSERT_EQ(out.chunks.size(), 2u) << name;
+        EXPECT_EQ(std::string(out.chunks[0].data.begin(), out.chunks[0].data.end()), cue) << name;
+        EXPECT_EQ(std::string(out.chunks[1].data.begin(), out.chunks[1].data.end()),
+                  "adtl" + label(1, "Intro") + label(2, "Chorus"))
+            << name;
+        EXPECT_EQ(out.chunks[1].Name(), L"LIST") << name;
+    }
+}
+
 TEST_F(HostMedia, ProbeDecodesTheMetadata)
 {
     const std::wstring input = MetadataInput();

@@ -2,6 +2,7 @@
 # wrote at build time with the same samples as raw bytes beside them.
 tq_add_test(iff_test SOURCES ${CMAKE_CURRENT_LIST_DIR}/iff_test.cpp LIBS tqkernel)
 tq_add_test(aiffformat_test SOURCES ${CMAKE_CURRENT_LIST_DIR}/aiffformat_test.cpp LIBS tqkernel)
+tq_add_test(cuemark_test SOURCES ${CMAKE_CURRENT_LIST_DIR}/cuemark_test.cpp LIBS tqkernel)
 
 find_program(TQ_FFMPEG ffmpeg)
 if(TQ_FFMPEG)
