@@ -29,7 +29,12 @@ std::vector<std::string> AiffTokens()
             "NONE",
             "sowt",
             "fl32",
+            "FL64",
             "FVER",
+            "cue ",
+            "LIST",
+            "adtl",
+            "labl",
             "ANNO",
             std::string("\x40\x0E\xAC\x44", 4),
             std::string("\x7F\xFF", 2)};

@@ -250,23 +250,23 @@ HRESULT WalkWave64(HANDLE file, UINT64 fileSize, MediaLayout& layout, Walker& wa
 
 HRESULT WalkAiff(HANDLE file, UINT64 fileSize, MediaLayout& layout, Walker& walker)
 {
-    BOOL aifc = FALSE, littleEndian = FALSE;
-    SetFilePointer(file, 0, nullptr, FILE_BEGIN);
-    if (!iff_IsAIFFFileEx(file, nullptr, &aifc, &littleEndian)) return TQ_E_NORIFFHEADER;
+    BYTE head[12];
+    if (!ReadAt(file, 0, head, 12) ||
+        (std::memcmp(head + 8, "AIFF", 4) != 0 && std::memcmp(head + 8, "AIFC", 4) != 0))
+        return TQ_E_NORIFFHEADER;
     layout.container = Container::Aiff;
-    layout.aifc = aifc != FALSE;
+    layout.aifc = std::memcmp(head + 8, "AIFC", 4) == 0;
     WAVEFORMATEX wfx = {};
     DWORD frames = 0, dataStart = 0;
-    SetFilePointer(file, 0, nullptr, FILE_BEGIN);
-    HRESULT hr = iff_GetAIFFWfx(file, &wfx, &frames, &dataStart);
-    if (FAILED(hr)) return TQ_E_CORRUPTFILE;
+    BOOL bigEndianFloat = FALSE;
+    if (FAILED(iff_GetAIFFWfxEx(file, &wfx, &frames, &dataStart, &bigEndianFloat)))
+        return TQ_E_CORRUPTFILE;
+    layout.bigEndianFloat = bigEndianFloat != FALSE;
     layout.format.assign(sizeof(WAVEFORMATEXTENSIBLE), 0);
     std::memcpy(layout.format.data(), &wfx, sizeof(wfx));
     if (wfx.nBlockAlign == 0) return TQ_E_CORRUPTFILE;
     walker.Data(dataStart, UINT64(frames) * wfx.nBlockAlign);
 
-    BYTE head[12];
-    if (!ReadAt(file, 0, head, 12)) return TQ_E_NORIFFHEADER;
     const UINT64 formEnd = UINT64(BigEndian32(head + 4)) + 8;
     const UINT64 end = std::min(formEnd, fileSize);
     UINT64 at = 12;
@@ -383,6 +383,13 @@ HRESULT ReadMediaLayout(HANDLE file, MediaLayout& layout)
     return S_OK;
 }
 
+void SwapSampleBytes(void* samples, size_t bytes, UINT32 sampleBytes)
+{
+    auto* p = static_cast<BYTE*>(samples);
+    for (size_t at = 0; sampleBytes > 1 && at + sampleBytes <= bytes; at += sampleBytes)
+        std::reverse(p + at, p + at + sampleBytes);
+}
+
 HRESULT MediaReader::Open(const std::wstring& path)
 {
     m_file.Reset(CreateFileW(path.c_str(), GENERIC_READ, FILE_SHARE_READ, nullptr, OPEN_EXISTING,
@@ -410,6 +417,8 @@ HRESULT MediaReader::Read(void* buffer, UINT32 frames, UINT32* read)
         return HRESULT_FROM_WIN32(GetLastError());
     if (got != bytes) return TQ_E_READFAILED;
     if (m_layout.highAligned24) ShiftHighAligned24(static_cast<BYTE*>(buffer), bytes / 4, true);
+    if (m_layout.bigEndianFloat)
+        SwapSampleBytes(buffer, bytes, m_layout.Header()->wBitsPerSample / 8);
     m_position += bytes;
     *read = bytes / frameBytes;
     return S_OK;

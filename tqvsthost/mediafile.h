@@ -44,7 +44,8 @@ struct MediaLayout
     // The format as a WAVEFORMATEX with its tail, zero-padded to hold an extensible header.
     std::vector<BYTE> format;
     TQSAMPLETYPE sampleType = TQSAMPLE_NONE;
-    bool highAligned24 = false; // 24 valid bits at the top of 32-bit words
+    bool highAligned24 = false;  // 24 valid bits at the top of 32-bit words
+    bool bigEndianFloat = false; // float AIFF-C: IEEE samples in big-endian order
     UINT64 dataStart = 0;
     UINT64 dataBytes = 0;         // whole frames present in the file
     UINT64 declaredDataBytes = 0; // what the header claims
@@ -66,6 +67,10 @@ HRESULT ReadMediaLayout(HANDLE file, MediaLayout& layout);
 // not of that family).
 GUID Wave64Guid(DWORD fourcc);
 DWORD FourccOfWave64Guid(const GUID& guid);
+
+// Reverses the bytes of each sample: the kernel has no big-endian float types, so float AIFF-C
+// samples turn little-endian at the file boundary, both ways.
+void SwapSampleBytes(void* samples, size_t bytes, UINT32 sampleBytes);
 
 // Reads the sample data of a file a block at a time, as samples of the layout's kernel type.
 class MediaReader

@@ -20,6 +20,8 @@ constexpr DWORD kList = Fourcc('L', 'I', 'S', 'T');
 // The room a ds64 chunk needs after its header: RIFF size, data size, sample count, table length.
 constexpr DWORD kDs64Bytes = 28;
 constexpr UINT64 kRiffLimit = 0xFFFFFFFFull;
+// The one AIFF-C version there is, as its version chunk carries it.
+constexpr UINT32 kAifcVersion1 = 0xA2805140;
 
 HRESULT LastError()
 {
@@ -101,6 +103,9 @@ TQSAMPLETYPE OutputSampleType(Container container, TQSAMPLETYPE input)
         case TQSAMPLE_PCM32:
         case TQSAMPLE_BE32:
             return TQSAMPLE_BE32;
+        case TQSAMPLE_FLOAT32:
+        case TQSAMPLE_FLOAT64:
+            return input; // AIFF-C, big-endian in the file
         default:
             return TQSAMPLE_NONE;
         }
@@ -164,17 +169,44 @@ HRESULT MediaWriter::Create(const std::wstring& path, Container container, const
     std::vector<BYTE> head;
     if (container == Container::Aiff)
     {
-        put("FORM\0\0\0\0AIFF", 12);
-        BYTE comm[26] = {'C', 'O', 'M', 'M', 0, 0, 0, 18};
-        PutBigEndian16(comm + 8, header->nChannels);
-        m_commFrames = 10;
-        PutBigEndian16(comm + 14, static_cast<UINT16>(TqAudio_BytesFromSampleType(type) * 8));
+        // Integer samples go in plain AIFF, which every reader takes; float needs AIFF-C, whose
+        // version chunk readers expect before anything else.
+        const bool isFloat = type == TQSAMPLE_FLOAT32 || type == TQSAMPLE_FLOAT64;
+        m_swapBytes = isFloat ? TqAudio_BytesFromSampleType(type) : 0;
+        if (isFloat)
+        {
+            put("FORM\0\0\0\0AIFCFVER\0\0\0\4", 20);
+            BYTE version[4];
+            PutBigEndian32(version, kAifcVersion1);
+            put(version, 4);
+        }
+        else
+            put("FORM\0\0\0\0AIFF", 12);
+        LARGE_INTEGER here = {};
+        SetFilePointerEx(m_file.Get(), here, &here, FILE_CURRENT);
+        m_commFrames = static_cast<UINT64>(here.QuadPart) + 10;
+        // AIFF-C adds the compression id and its name, a counted text padded to even.
+        const char* name =
+            type == TQSAMPLE_FLOAT64 ? "64-bit floating point" : "32-bit floating point";
+        const size_t nameBytes = (1 + std::strlen(name) + 1) & ~size_t(1);
+        std::vector<BYTE> comm(8 + 18 + (isFloat ? 4 + nameBytes : 0), 0);
+        std::memcpy(comm.data(), "COMM", 4);
+        PutBigEndian32(comm.data() + 4, static_cast<UINT32>(comm.size() - 8));
+        PutBigEndian16(comm.data() + 8, header->nChannels);
+        PutBigEndian16(comm.data() + 14,
+                       static_cast<UINT16>(TqAudio_BytesFromSampleType(type) * 8));
         WORD exponent = 0, mantissa[4] = {};
         aiff_CreateRate(header->nSamplesPerSec, &exponent, mantissa);
-        PutBigEndian16(comm + 16, exponent);
+        PutBigEndian16(comm.data() + 16, exponent);
         for (int i = 0; i < 4; ++i)
-            PutBigEndian16(comm + 18 + 2 * i, mantissa[i]);
-        put(comm, sizeof(comm));
+            PutBigEndian16(comm.data() + 18 + 2 * i, mantissa[i]);
+        if (isFloat)
+        {
+            PutBigEndian32(comm.data() + 26, type == TQSAMPLE_FLOAT64 ? IFF_ID_FL64 : IFF_ID_FL32);
+            comm[30] = static_cast<BYTE>(std::strlen(name));
+            std::memcpy(comm.data() + 31, name, std::strlen(name));
+        }
+        put(comm.data(), comm.size());
         for (const MediaChunk& chunk : chunks)
         {
             if (!chunk.aiff)
@@ -189,8 +221,7 @@ HRESULT MediaWriter::Create(const std::wstring& path, Container container, const
             put(chunk.data.data(), chunk.data.size());
             put(zeros, chunk.data.size() & 1);
         }
-        LARGE_INTEGER here = {};
-        SetFilePointerEx(m_file.Get(), here, &here, FILE_CURRENT);
+        SetFilePointerEx(m_file.Get(), LARGE_INTEGER{}, &here, FILE_CURRENT);
         m_dataHeader = static_cast<UINT64>(here.QuadPart);
         put("SSND\0\0\0\0\0\0\0\0\0\0\0\0", 16);
         return hr;
@@ -269,11 +300,12 @@ HRESULT MediaWriter::Create(const std::wstring& path, Container container, const
 HRESULT MediaWriter::Write(const void* buffer, UINT32 frames)
 {
     const size_t bytes = size_t(frames) * m_frameBytes;
-    if (m_highAligned24)
+    if (m_highAligned24 || m_swapBytes)
     {
         m_shifted.assign(static_cast<const BYTE*>(buffer),
                          static_cast<const BYTE*>(buffer) + bytes);
-        ShiftHighAligned24(m_shifted.data(), m_shifted.size() / 4, false);
+        if (m_highAligned24) ShiftHighAligned24(m_shifted.data(), m_shifted.size() / 4, false);
+        if (m_swapBytes) SwapSampleBytes(m_shifted.data(), m_shifted.size(), m_swapBytes);
         buffer = m_shifted.data();
     }
     if (m_container == Container::Aiff && m_dataBytes + bytes + 16 > kRiffLimit - m_dataHeader)
@@ -303,7 +335,7 @@ HRESULT MediaWriter::Commit()
         PutBigEndian32(word, static_cast<UINT32>(fileSize - 8));
         hr = WriteAt(4, word, 4);
         PutBigEndian32(word, static_cast<UINT32>(m_frames));
-        if (SUCCEEDED(hr)) hr = WriteAt(12 + m_commFrames, word, 4);
+        if (SUCCEEDED(hr)) hr = WriteAt(m_commFrames, word, 4);
         PutBigEndian32(word, static_cast<UINT32>(m_dataBytes + 8));
         if (SUCCEEDED(hr)) hr = WriteAt(m_dataHeader + 4, word, 4);
     }

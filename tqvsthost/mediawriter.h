@@ -9,9 +9,10 @@ namespace tqhost {
 // The container an output takes: by its extension (.wav, .w64, .aif, .aiff), else the input's.
 Container OutputContainer(const std::wstring& path, Container input);
 
-// The format the samples take in a container: AIFF holds big-endian PCM only, the others take
-// any format, with AIFF's samples made little-endian. TQSAMPLE_NONE where the container cannot
-// hold the samples (floating point in AIFF).
+// The format the samples take in a container: AIFF holds big-endian PCM, and float as AIFF-C
+// (kept as the kernel's float type here; the writer turns it big-endian); the others take any
+// format, with AIFF's integer samples made little-endian. TQSAMPLE_NONE where the container
+// cannot hold the samples.
 TQSAMPLETYPE OutputSampleType(Container container, TQSAMPLETYPE input);
 
 // Writes under a temporary name beside the target; only Commit puts the file in the target's
@@ -51,6 +52,7 @@ private:
     UINT64 m_dataHeader = 0; // offset of the data chunk's header
     UINT64 m_commFrames = 0; // offset of the frame count in COMM
     bool m_highAligned24 = false;
+    UINT32 m_swapBytes = 0; // the sample size, for float AIFF-C: written big-endian
     std::vector<BYTE> m_shifted;
 };
 

@@ -108,26 +108,6 @@ void LoadKernelMetadata(HANDLE file, Container container, BwfRecord& bwf, CTqLin
     linkFound = SUCCEEDED(hr) && found;
 }
 
-// iXML is UTF-8 whatever it declares; the document reader takes Unicode only as UTF-16 behind
-// FF FE, so the text is handed over in that form.
-std::vector<BYTE> AsUtf16Document(const std::vector<BYTE>& data)
-{
-    if (data.size() >= 2 && data[0] == 0xFF && data[1] == 0xFE) return data;
-    size_t length = 0;
-    while (length < data.size() && data[length])
-        ++length;
-    const char* text = reinterpret_cast<const char*>(data.data());
-    const int chars =
-        length ? MultiByteToWideChar(CP_UTF8, 0, text, static_cast<int>(length), nullptr, 0) : 0;
-    std::vector<BYTE> wide(2 + 2 * size_t(std::max(chars, 0)));
-    wide[0] = 0xFF;
-    wide[1] = 0xFE;
-    if (chars > 0)
-        MultiByteToWideChar(CP_UTF8, 0, text, static_cast<int>(length),
-                            reinterpret_cast<WCHAR*>(wide.data() + 2), chars);
-    return wide;
-}
-
 std::wstring Trimmed(const std::wstring& text)
 {
     const size_t first = text.find_first_not_of(L" \t\r\n");
@@ -262,10 +242,11 @@ public:
 
     std::string Ixml(const MediaChunk& chunk)
     {
-        const std::vector<BYTE> document = AsUtf16Document(chunk.data);
         CTqXML_Document reader;
         std::vector<IxmlLine> lines;
-        if (SUCCEEDED(reader.OpenMemory(document.data(), static_cast<DWORD>(document.size()))))
+        // iXML is UTF-8 whatever it declares.
+        if (SUCCEEDED(
+                reader.OpenMemoryUtf8(chunk.data.data(), static_cast<DWORD>(chunk.data.size()))))
         {
             reader.ParseFile(); // a damaged document still shows its readable part
             OutlineElements(reader, nullptr, 0, lines);

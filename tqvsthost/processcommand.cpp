@@ -5,6 +5,7 @@
 
 #include "codinghistory.h"
 #include "hresulttext.h"
+#include "markerchunks.h"
 #include "mediawriter.h"
 #include "pluginsession.h"
 #include "riff.h"
@@ -210,6 +211,7 @@ int RunProcess(const Options& options)
         if (chunk.fourcc == RIFF_ID('b', 'e', 'x', 't') && !chunk.aiff)
             AppendCodingHistory(chunk.data,
                                 CodingHistoryLine(options, session.path, format, outType));
+    ConvertMarkers(chunks, layout.container, container);
     for (const std::wstring& warning : layout.warnings)
         fwprintf(stderr, L"tqvsthost: %ls: %ls\n", input.c_str(), warning.c_str());
     MediaWriter writer;

@@ -1,4 +1,5 @@
-// Recognition of AIFF and uncompressed AIFF-C, and the wave format of such a file.
+// Recognition of AIFF and uncompressed AIFF-C, and the wave format of such a file or of a
+// float AIFF-C file.
 #include "iff.h"
 
 #include "filecursor.h"
@@ -54,60 +55,88 @@ DWORD ChunkBound(DWORD formSize)
     return formSize > kFormTypeBytes ? formSize - kFormTypeBytes : 0;
 }
 
-} // namespace
-
-TQKERNEL_API BOOL iff_IsAIFFFileEx(HANDLE file, DWORD* size, BOOL* isAifc, BOOL* littleEndian)
+// What a FORM file holds, as far as its samples go.
+enum class Kind
 {
-    if (size) *size = 0;
-    if (isAifc) *isAifc = FALSE;
-    if (littleEndian) *littleEndian = FALSE;
+    None,      // not AIFF, or AIFF-C of a compression this layer does not read
+    BigEndian, // AIFF, AIFF-C "NONE"
+    Sowt,      // AIFF-C "sowt": little-endian
+    Float32,   // AIFF-C "fl32": big-endian IEEE single
+    Float64,   // AIFF-C "fl64": big-endian IEEE double
+};
+
+Kind KindOf(DWORD compression)
+{
+    switch (compression)
+    {
+    case IFF_ID_NONE:
+        return Kind::BigEndian;
+    case IFF_ID_SOWT:
+        return Kind::Sowt;
+    case IFF_ID_FL32:
+    case IFF_ID_FL32_UPPER:
+        return Kind::Float32;
+    case IFF_ID_FL64:
+    case IFF_ID_FL64_UPPER:
+        return Kind::Float64;
+    default:
+        return Kind::None;
+    }
+}
+
+// Reads the header and, for AIFF-C, the compression of "COMM"; the cursor ends behind the form
+// type. size and aifc get what the header says, also for a kind of None.
+Kind Classify(HANDLE file, DWORD& size, bool& aifc)
+{
+    size = 0;
+    aifc = false;
     FileCursor c(file);
     tIFFCHUNKHEADER header = {};
     DWORD form = 0;
     if (FAILED(c.SeekTo(0)) || FAILED(iff_ReadChunkHdr(file, &header)) ||
         header.id != IFF_ID_FORM || FAILED(iff_ReadDWORD(file, &form)))
-        return FALSE;
-    if (size) *size = header.size;
-    if (form == IFF_ID_AIFF) return TRUE;
-    if (form != IFF_ID_AIFC) return FALSE;
-    if (isAifc) *isAifc = TRUE;
+        return Kind::None;
+    size = header.size;
+    if (form == IFF_ID_AIFF) return Kind::BigEndian;
+    if (form != IFF_ID_AIFC) return Kind::None;
+    aifc = true;
     ULONGLONG pos = 0;
-    if (FAILED(c.Tell(pos))) return FALSE;
+    if (FAILED(c.Tell(pos))) return Kind::None;
     Comm comm = {};
     const HRESULT hr = ReadComm(file, ChunkBound(header.size), true, comm);
     c.SeekTo(pos);
-    if (FAILED(hr)) return FALSE;
-    if (comm.compression == IFF_ID_NONE) return TRUE;
-    if (comm.compression != IFF_ID_SOWT) return FALSE;
-    if (littleEndian) *littleEndian = TRUE;
-    return TRUE;
+    return FAILED(hr) ? Kind::None : KindOf(comm.compression);
 }
 
-TQKERNEL_API BOOL iff_IsAIFFFile(HANDLE file, DWORD* size)
-{
-    return iff_IsAIFFFileEx(file, size, nullptr, nullptr);
-}
-
-TQKERNEL_API HRESULT iff_GetAIFFWfx(HANDLE file, WAVEFORMATEX* wfx, DWORD* frames, DWORD* dataStart)
+HRESULT GetWfx(HANDLE file, WAVEFORMATEX* wfx, DWORD* frames, DWORD* dataStart, bool takeFloat,
+               BOOL* bigEndianFloat)
 {
     if (frames) *frames = 0;
     if (dataStart) *dataStart = 0;
+    if (bigEndianFloat) *bigEndianFloat = FALSE;
     if (!wfx) return E_POINTER;
     DWORD formSize = 0;
-    BOOL aifc = FALSE, littleEndian = FALSE;
-    if (!iff_IsAIFFFileEx(file, &formSize, &aifc, &littleEndian)) return TQ_E_CORRUPTFILE;
+    bool aifc = false;
+    const Kind kind = Classify(file, formSize, aifc);
+    const bool isFloat = kind == Kind::Float32 || kind == Kind::Float64;
+    if (kind == Kind::None || (isFloat && !takeFloat)) return TQ_E_CORRUPTFILE;
     FileCursor c(file);
     ULONGLONG chunksStart = 0;
     if (const HRESULT hr = c.Tell(chunksStart); FAILED(hr)) return hr;
     Comm comm = {};
-    if (const HRESULT hr = ReadComm(file, ChunkBound(formSize), aifc != FALSE, comm); FAILED(hr))
-        return hr;
+    if (const HRESULT hr = ReadComm(file, ChunkBound(formSize), aifc, comm); FAILED(hr)) return hr;
 
     *wfx = {};
-    if (comm.bits == 8)
+    if (isFloat)
+    {
+        // The compression names the sample; writers differ in the bit count they put beside it.
+        wfx->wFormatTag = WAVE_FORMAT_IEEE_FLOAT;
+        comm.bits = kind == Kind::Float32 ? 32 : 64;
+    }
+    else if (comm.bits == 8)
         wfx->wFormatTag = WAVE_FORMAT_AIFF_SIGNED8;
     else
-        wfx->wFormatTag = littleEndian ? WAVE_FORMAT_PCM : WAVE_FORMAT_AIFF_BIGENDIAN;
+        wfx->wFormatTag = kind == Kind::Sowt ? WAVE_FORMAT_PCM : WAVE_FORMAT_AIFF_BIGENDIAN;
     wfx->nChannels = comm.channels;
     wfx->wBitsPerSample = comm.bits;
     wfx->nSamplesPerSec = aiff_ConvertRate(comm.exponent, comm.mantissa);
@@ -134,5 +163,40 @@ TQKERNEL_API HRESULT iff_GetAIFFWfx(HANDLE file, WAVEFORMATEX* wfx, DWORD* frame
         *frames =
             static_cast<DWORD>(std::min<ULONGLONG>(sampleBytes / wfx->nBlockAlign, comm.frames));
     if (dataStart) *dataStart = static_cast<DWORD>(behind + offset);
+    if (bigEndianFloat) *bigEndianFloat = isFloat;
     return S_OK;
+}
+
+} // namespace
+
+TQKERNEL_API BOOL iff_IsAIFFFileEx(HANDLE file, DWORD* size, BOOL* isAifc, BOOL* littleEndian)
+{
+    if (size) *size = 0;
+    if (isAifc) *isAifc = FALSE;
+    if (littleEndian) *littleEndian = FALSE;
+    DWORD formSize = 0;
+    bool aifc = false;
+    const Kind kind = Classify(file, formSize, aifc);
+    if (size) *size = formSize;
+    if (isAifc) *isAifc = aifc;
+    // Only uncompressed integer samples count as AIFF here; float AIFF-C is for the Ex reader.
+    if (kind != Kind::BigEndian && kind != Kind::Sowt) return FALSE;
+    if (littleEndian) *littleEndian = kind == Kind::Sowt;
+    return TRUE;
+}
+
+TQKERNEL_API BOOL iff_IsAIFFFile(HANDLE file, DWORD* size)
+{
+    return iff_IsAIFFFileEx(file, size, nullptr, nullptr);
+}
+
+TQKERNEL_API HRESULT iff_GetAIFFWfx(HANDLE file, WAVEFORMATEX* wfx, DWORD* frames, DWORD* dataStart)
+{
+    return GetWfx(file, wfx, frames, dataStart, false, nullptr);
+}
+
+TQKERNEL_API HRESULT iff_GetAIFFWfxEx(HANDLE file, WAVEFORMATEX* wfx, DWORD* frames,
+                                      DWORD* dataStart, BOOL* bigEndianFloat)
+{
+    return GetWfx(file, wfx, frames, dataStart, true, bigEndianFloat);
 }

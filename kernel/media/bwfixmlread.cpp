@@ -29,35 +29,6 @@ bool SameName(const WCHAR* a, const WCHAR* b)
     return a && b && CompareStringOrdinal(a, -1, b, -1, TRUE) == CSTR_EQUAL;
 }
 
-// The document as UTF-16 behind FF FE, which is how the document reader takes Unicode: iXML is
-// UTF-8 whatever it declares, and read byte by byte it would lose every character past ASCII.
-void* ToUtf16(const BYTE* data, DWORD size, DWORD& bytes)
-{
-    if (size >= 2 && data[0] == 0xFF && data[1] == 0xFE)
-    {
-        void* copy = AllocLocked(size);
-        if (copy) std::memcpy(copy, data, size);
-        bytes = size;
-        return copy;
-    }
-    if (size >= 3 && data[0] == 0xEF && data[1] == 0xBB && data[2] == 0xBF)
-    {
-        data += 3;
-        size -= 3;
-    }
-    const int chars = size ? MultiByteToWideChar(CP_UTF8, 0, reinterpret_cast<const char*>(data),
-                                                 static_cast<int>(size), nullptr, 0)
-                           : 0;
-    if (chars <= 0) return nullptr;
-    bytes = (static_cast<DWORD>(chars) + 1) * sizeof(WCHAR);
-    auto* wide = static_cast<WCHAR*>(AllocLocked(bytes));
-    if (!wide) return nullptr;
-    wide[0] = 0xFEFF;
-    MultiByteToWideChar(CP_UTF8, 0, reinterpret_cast<const char*>(data), static_cast<int>(size),
-                        wide + 1, chars);
-    return wide;
-}
-
 // The element's character data without entities; empty for none. Null for no memory.
 WCHAR* ElementText(CTqXML_Document& doc, tagTQXML_ELEMENT* element)
 {
@@ -231,14 +202,12 @@ TQKERNEL_API HRESULT ExtractIxmlContent(const void* data, DWORD size, _tagTQBWF_
     if (!data || !chunk) return E_INVALIDARG;
     // A document replaces whatever iXML the record held; bext stays.
     FreeIxmlPart(chunk);
-    DWORD bytes = 0;
-    void* wide = ToUtf16(static_cast<const BYTE*>(data), size, bytes);
-    if (!wide) return size ? E_OUTOFMEMORY : E_FAIL;
-
     HRESULT hr = E_FAIL;
     {
         CTqXML_Document doc;
-        if (SUCCEEDED(doc.OpenMemory(wide, bytes)))
+        const HRESULT opened = doc.OpenMemoryUtf8(data, size);
+        if (opened == E_OUTOFMEMORY) return opened;
+        if (SUCCEEDED(opened))
         {
             doc.ParseFile();
             tagTQXML_CONTENT* content = nullptr;
@@ -260,6 +229,5 @@ TQKERNEL_API HRESULT ExtractIxmlContent(const void* data, DWORD size, _tagTQBWF_
         }
         doc.CloseMemory();
     }
-    FreeLocked(wide);
     return hr;
 }

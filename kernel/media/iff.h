@@ -21,6 +21,12 @@
 #define IFF_ID_MARK IFF_ID('M', 'A', 'R', 'K')
 #define IFF_ID_NONE IFF_ID('N', 'O', 'N', 'E')
 #define IFF_ID_SOWT IFF_ID('s', 'o', 'w', 't')
+#define IFF_ID_FVER IFF_ID('F', 'V', 'E', 'R')
+// Float AIFF-C: big-endian IEEE samples, the ids written in either case.
+#define IFF_ID_FL32 IFF_ID('f', 'l', '3', '2')
+#define IFF_ID_FL32_UPPER IFF_ID('F', 'L', '3', '2')
+#define IFF_ID_FL64 IFF_ID('f', 'l', '6', '4')
+#define IFF_ID_FL64_UPPER IFF_ID('F', 'L', '6', '4')
 
 // Format tags of AIFF sample data: signed 8-bit, and big-endian samples of other widths.
 #define WAVE_FORMAT_AIFF_SIGNED8 0xFE01
@@ -106,6 +112,13 @@ TQKERNEL_API BOOL iff_IsAIFFFile(HANDLE file, DWORD* size);
 // AIFF, 0x8004E008 for a "COMM" cut short.
 TQKERNEL_API HRESULT iff_GetAIFFWfx(HANDLE file, WAVEFORMATEX* wfx, DWORD* frames,
                                     DWORD* dataStart);
+// The same, and float AIFF-C too ("fl32" and "fl64", in either case): WAVE_FORMAT_IEEE_FLOAT of
+// 32 or 64 bits, whatever bit count "COMM" gives. Such samples stay big-endian in the file, so
+// the tag alone would misdescribe them: bigEndianFloat (optional, cleared first) is set for
+// them, and a caller swaps each sample. The plain form leaves these files out, so that no
+// caller of it takes big-endian floats for little-endian ones.
+TQKERNEL_API HRESULT iff_GetAIFFWfxEx(HANDLE file, WAVEFORMATEX* wfx, DWORD* frames,
+                                      DWORD* dataStart, BOOL* bigEndianFloat);
 
 // The 80-bit extended sample rate: a sign and exponent word and four mantissa words, most
 // significant first, all in machine order. A negative value gives 44,100; any exponent comes

@@ -7,5 +7,6 @@ target_sources(tqkernel PRIVATE
     ${CMAKE_CURRENT_LIST_DIR}/xmltext.cpp
     ${CMAKE_CURRENT_LIST_DIR}/xmltree.cpp
     ${CMAKE_CURRENT_LIST_DIR}/xmldocument.cpp
+    ${CMAKE_CURRENT_LIST_DIR}/xmlutf8.cpp
     ${CMAKE_CURRENT_LIST_DIR}/xmlparser.cpp
     ${CMAKE_CURRENT_LIST_DIR}/xmlescapes.cpp)

@@ -110,6 +110,8 @@ void CTqXML_Document::Close() noexcept
     if (m_encoding) m_encoding->Release();
     m_encoding = nullptr;
     m_mapped.Close();
+    if (m_owned) GlobalFree(m_owned);
+    m_owned = nullptr;
     m_data = nullptr;
     m_size = 0;
     m_path[0] = L'\0';

@@ -75,6 +75,12 @@ public:
     HRESULT OpenFile(const WCHAR* path) noexcept;
     // The same on a caller's block, which must outlive the document.
     HRESULT OpenMemory(const void* data, DWORD size) noexcept;
+    // The same on UTF-8 text, as metadata blocks hold it whatever they declare; read byte by
+    // byte it would lose every character past ASCII. The document reads a UTF-16 copy it keeps
+    // until it is closed, so the block need not outlive the call. A leading byte-order mark is
+    // dropped, the text ends at its first zero byte (chunks are padded with them), and data
+    // that starts with FF FE is already UTF-16 and copied as it is. 0x8004E00B for no text.
+    HRESULT OpenMemoryUtf8(const void* data, DWORD size) noexcept;
     // Release the data, the tree, the encoding and the cursors.
     HRESULT CloseFile() noexcept;
     HRESULT CloseMemory() noexcept;
@@ -141,6 +147,7 @@ private:
 
     WCHAR m_path[MAX_PATH] = {};
     tq::xml::MappedFile m_mapped;
+    BYTE* m_owned = nullptr; // the UTF-16 copy of a UTF-8 block, from GlobalAlloc
     const BYTE* m_data = nullptr;
     DWORD m_size = 0;
     ITqXMLEncoding* m_encoding = nullptr;

@@ -1293,6 +1293,29 @@ float WorstError(const std::vector<float>& a, const std::vector<float>& b, float
     return worst;
 }
 
+// A file this host wrote, kept with its samples as the tool decodes them for the tool to read
+// back once this program has ended (tqvsthost_toolreadback).
+void KeepForTool(const std::wstring& path, const std::string& name, const std::string& samples,
+                 const std::string& codec, UINT32 rate, UINT32 channels)
+{
+#ifdef TQ_HOST_MEDIA_FILES
+    const std::wstring folder = tqtest::ProgramFolder() + L"\\hostmedia\\written\\";
+    CreateDirectoryW(folder.c_str(), nullptr);
+    const std::wstring wide(name.begin(), name.end());
+    ASSERT_TRUE(CopyFileW(path.c_str(), (folder + wide).c_str(), FALSE));
+    WriteBytes(folder + wide + L".raw", samples);
+    static bool started = false;
+    const std::wstring manifest = folder + L"tqvsthost_test.manifest";
+    const std::string lines = (started ? ReadBytes(manifest) : std::string()) + name + "|" + name +
+                              ".raw|" + codec + "|" + std::to_string(rate) + "|" +
+                              std::to_string(channels) + "\n";
+    started = true;
+    WriteBytes(manifest, lines);
+#else
+    (void)path, (void)name, (void)samples, (void)codec, (void)rate, (void)channels;
+#endif
+}
+
 class HostMedia : public HostProcess
 {
 protected:
@@ -1439,20 +1462,49 @@ TEST_F(HostMedia, TheExtensionChoosesTheContainer)
               0u);
     EXPECT_EQ(DataOf(ReadBytes(back)), DataOf(ReadBytes(m_input)));
 
-    // Float samples have no place in AIFF: refused, and nothing left behind.
-    const std::wstring floats = m_folder.File(L"float.wav");
-    ASSERT_EQ(RunHost(L"process " + Gain() + L" " + Quoted(m_input) + L" " + Quoted(floats) +
-                      L" --type float32")
-                  .exitCode,
-              0u);
-    WriteBytes(floats, WavBytes({{"fmt ", FormatChunk(WAVE_FORMAT_IEEE_FLOAT, 2, 32, 8)},
-                                 {"data", std::string(800, '\0')}}));
-    const RunResult refused = RunHost(L"process " + Gain() + L" " + Quoted(floats) + L" " +
-                                      Quoted(m_folder.File(L"float.aif")));
-    EXPECT_EQ(refused.exitCode, 1u);
-    EXPECT_NE(refused.output.find("an AIFF file cannot hold float32 samples"), std::string::npos)
-        << refused.output;
-    EXPECT_TRUE(FilesLike(m_folder.Path(), L"float.aif*").empty());
+    // Float samples go to AIFF-C, big-endian, and come back to WAV as they were.
+    for (const auto& [width, compression] : {std::pair{size_t(4), "fl32"}, {size_t(8), "fl64"}})
+    {
+        // The signal as floats of that width, in a WAV file made here.
+        std::string data;
+        for (float sample : in.samples)
+        {
+            const double wide = sample;
+            data.append(width == 8 ? reinterpret_cast<const char*>(&wide)
+                                   : reinterpret_cast<const char*>(&sample),
+                        width);
+        }
+        const std::wstring floats = m_folder.File(L"float.wav");
+        WriteBytes(floats, WavBytes({{"fmt ", FormatChunk(WAVE_FORMAT_IEEE_FLOAT, 2,
+                                                          WORD(width * 8), WORD(width * 2))},
+                                     {"data", data}}));
+        const std::wstring aifc = m_folder.File(L"float.aif");
+        const RunResult run =
+            RunHost(L"process " + Gain() + L" " + Quoted(floats) + L" " + Quoted(aifc));
+        ASSERT_EQ(run.exitCode, 0u) << run.output;
+        const std::string file = ReadBytes(aifc);
+        EXPECT_EQ(file.compare(8, 16, std::string("AIFCFVER\0\0\0\4\xA2\x80\x51\x40", 16)), 0)
+            << "AIFF-C with its version first";
+        EXPECT_NE(file.find(compression), std::string::npos) << compression;
+        const FloatSamples out = ReadFloat(aifc);
+        ASSERT_EQ(out.hr, S_OK) << run.output;
+        EXPECT_EQ(out.type, width == 8 ? TQSAMPLE_FLOAT64 : TQSAMPLE_FLOAT32);
+        EXPECT_EQ(WorstError(in.samples, out.samples, 1.0f), 0.0f);
+        // Every sample's bytes reversed in the file.
+        const std::string wav = DataOf(ReadBytes(floats));
+        std::string bigEndian = wav;
+        for (size_t at = 0; at + width <= bigEndian.size(); at += width)
+            std::reverse(bigEndian.begin() + at, bigEndian.begin() + at + width);
+        const size_t ssnd = file.find("SSND");
+        ASSERT_NE(ssnd, std::string::npos);
+        EXPECT_EQ(file.substr(ssnd + 16), bigEndian);
+        const std::wstring back = m_folder.File(L"float-back.wav");
+        ASSERT_EQ(
+            RunHost(L"process " + Gain() + L" " + Quoted(aifc) + L" " + Quoted(back)).exitCode, 0u);
+        EXPECT_EQ(DataOf(ReadBytes(back)), wav) << compression;
+        KeepForTool(aifc, std::string("ours_") + compression + ".aif", bigEndian,
+                    std::string("pcm_f") + (width == 8 ? "64be" : "32be"), 48000, 2);
+    }
 }
 
 // Every metadata chunk (broadcast wave, iXML, INFO, display list, cue points, project link, one
@@ -1564,6 +1616,61 @@ TEST_F(HostMedia, ListsTravelBetweenEveryContainer)
         for (const char* line : {"  Chunk LIST INFO (", "    Title: Dawn\n",
                                  "    Artist: A. Wren\n", "    Text: Dawn chorus\n"})
             EXPECT_NE(run.output.find(line), std::string::npos) << line << run.output;
+    }
+}
+
+// Cue points with their labels become AIFF markers and come back as they were; a chunk of
+// either family that has a counterpart is not left out.
+TEST_F(HostMedia, MarkersCrossBetweenWavAndAiff)
+{
+    const auto le32 = [](uint32_t v) { return std::string(reinterpret_cast<const char*>(&v), 4); };
+    const auto point = [&](uint32_t id, uint32_t frame) {
+        return le32(id) + le32(frame) + "data" + le32(0) + le32(0) + le32(frame);
+    };
+    const auto label = [&](uint32_t id, const std::string& text) {
+        const std::string data = le32(id) + text + '\0';
+        return "labl" + le32(uint32_t(data.size())) + data + std::string(data.size() % 2, '\0');
+    };
+    const std::string cue = le32(2) + point(1, 100) + point(2, 15000);
+    const std::string labels = "adtl" + label(2, "Chorus") + label(1, "Intro");
+    const std::string generated = ReadBytes(m_input);
+    const std::string format = generated.substr(generated.find("fmt ") + 8, sizeof(PCMWAVEFORMAT));
+    const std::wstring input = m_folder.File(L"marked.wav");
+    WriteBytes(
+        input,
+        WavBytes({{"fmt ", format}, {"cue ", cue}, {"LIST", labels}, {"data", DataOf(generated)}}));
+
+    const std::wstring aiff = m_folder.File(L"marked.aif");
+    const RunResult there =
+        RunHost(L"process " + Gain() + L" " + Quoted(input) + L" " + Quoted(aiff));
+    ASSERT_EQ(there.exitCode, 0u) << there.output;
+    EXPECT_EQ(there.output.find("Left out"), std::string::npos) << there.output;
+    const FloatSamples marked = ReadFloat(aiff);
+    ASSERT_EQ(marked.hr, S_OK);
+    ASSERT_EQ(marked.chunks.size(), 1u);
+    EXPECT_EQ(marked.chunks[0].Name(), L"MARK");
+    const std::string mark(marked.chunks[0].data.begin(), marked.chunks[0].data.end());
+    EXPECT_EQ(mark, std::string("\0\2"
+                                "\0\1\0\0\0\x64\5Intro"
+                                "\0\2\0\0\x3A\x98\6Chorus\0",
+                                28));
+
+    // Back to WAV and Wave64: the cue points and a label each, in marker order.
+    for (const wchar_t* name : {L"marked-back.wav", L"marked-back.w64"})
+    {
+        const std::wstring back = m_folder.File(name);
+        const RunResult run =
+            RunHost(L"process " + Gain() + L" " + Quoted(aiff) + L" " + Quoted(back));
+        ASSERT_EQ(run.exitCode, 0u) << run.output;
+        EXPECT_EQ(run.output.find("Left out"), std::string::npos) << run.output;
+        const FloatSamples out = ReadFloat(back);
+        ASSERT_EQ(out.hr, S_OK);
+        ASSERT_EQ(out.chunks.size(), 2u) << name;
+        EXPECT_EQ(std::string(out.chunks[0].data.begin(), out.chunks[0].data.end()), cue) << name;
+        EXPECT_EQ(std::string(out.chunks[1].data.begin(), out.chunks[1].data.end()),
+                  "adtl" + label(1, "Intro") + label(2, "Chorus"))
+            << name;
+        EXPECT_EQ(out.chunks[1].Name(), L"LIST") << name;
     }
 }
 

@@ -2,6 +2,7 @@
 # wrote at build time with the same samples as raw bytes beside them.
 tq_add_test(iff_test SOURCES ${CMAKE_CURRENT_LIST_DIR}/iff_test.cpp LIBS tqkernel)
 tq_add_test(aiffformat_test SOURCES ${CMAKE_CURRENT_LIST_DIR}/aiffformat_test.cpp LIBS tqkernel)
+tq_add_test(cuemark_test SOURCES ${CMAKE_CURRENT_LIST_DIR}/cuemark_test.cpp LIBS tqkernel)
 
 find_program(TQ_FFMPEG ffmpeg)
 if(TQ_FFMPEG)
@@ -10,7 +11,7 @@ if(TQ_FFMPEG)
     # name, codec, channels, rate; the raw form is the codec's sample layout
     foreach(reference "s16be;pcm_s16be;1;44100" "s24be;pcm_s24be;2;48000" "s32be;pcm_s32be;6;96000"
                  "s8;pcm_s8;2;22050" "s16le;pcm_s16le;2;48000" "s16be;pcm_s16be;8;8000"
-                 "f32be;pcm_f32be;2;48000")
+                 "f32be;pcm_f32be;2;48000" "f64be;pcm_f64be;1;44100")
         list(GET reference 0 raw)
         list(GET reference 1 codec)
         list(GET reference 2 channels)

@@ -7,6 +7,8 @@
 
 #include <gtest/gtest.h>
 
+#include <tuple>
+
 using namespace tq::test;
 
 TEST(AiffRate, RoundTripsAndKnownEncodings)
@@ -155,6 +157,56 @@ TEST(AiffFormat, WaveFormat)
     EXPECT_EQ(iff_GetAIFFWfx(noSsnd.Handle(), &wfx, nullptr, nullptr), TQ_E_NOTFOUND);
 }
 
+// Float AIFF-C through the float-aware reader only: IEEE float of the size the compression
+// names, whatever bit count "COMM" holds, with the samples marked as big-endian.
+TEST(AiffFormat, FloatAifcIsReadOnlyByTheFloatAwareForm)
+{
+    const struct
+    {
+        const char* compression;
+        WORD commBits;
+        WORD bits;
+    } cases[] = {{"fl32", 32, 32}, {"FL32", 0, 32}, {"fl64", 64, 64}, {"FL64", 32, 64}};
+    for (const auto& c : cases)
+    {
+        TempFile f(
+            Form("AIFC", IffChunk("FVER", BE32(0xA2805140)) +
+                             IffChunk("COMM", CommData(2, 3, c.commBits, 48000, c.compression) +
+                                                  Bytes{4, 'f', 'l', 'o', 't', 0}) +
+                             IffChunk("SSND", SsndData(Pattern(2 * 3 * c.bits / 8)))));
+        WAVEFORMATEX wfx;
+        memset(&wfx, 0xCC, sizeof wfx);
+        DWORD frames = 0, dataStart = 0;
+        BOOL bigEndian = FALSE;
+        ASSERT_EQ(iff_GetAIFFWfxEx(f.Handle(), &wfx, &frames, &dataStart, &bigEndian), S_OK)
+            << c.compression;
+        EXPECT_EQ(wfx.wFormatTag, WAVE_FORMAT_IEEE_FLOAT) << c.compression;
+        EXPECT_EQ(wfx.wBitsPerSample, c.bits) << c.compression;
+        EXPECT_EQ(wfx.nBlockAlign, 2 * c.bits / 8) << c.compression;
+        EXPECT_EQ(wfx.nAvgBytesPerSec, 48000u * 2 * c.bits / 8) << c.compression;
+        EXPECT_EQ(frames, 3u) << c.compression;
+        EXPECT_EQ(dataStart, 12u + 12 + 8 + 28 + 16) << c.compression;
+        EXPECT_TRUE(bigEndian) << c.compression;
+        bigEndian = 2;
+        EXPECT_EQ(iff_GetAIFFWfx(f.Handle(), &wfx, &frames, nullptr), TQ_E_CORRUPTFILE)
+            << "the plain form never hands out big-endian floats";
+        EXPECT_FALSE(iff_IsAIFFFile(f.Handle(), nullptr)) << c.compression;
+    }
+
+    // Integer files read alike by both forms; a compressed one by neither.
+    TempFile sowt(Form("AIFC", IffChunk("COMM", CommData(2, 1, 16, 44100, "sowt")) +
+                                   IffChunk("SSND", SsndData(Pattern(4)))));
+    WAVEFORMATEX plain = {}, ex = {};
+    BOOL bigEndian = 2;
+    ASSERT_EQ(iff_GetAIFFWfx(sowt.Handle(), &plain, nullptr, nullptr), S_OK);
+    ASSERT_EQ(iff_GetAIFFWfxEx(sowt.Handle(), &ex, nullptr, nullptr, &bigEndian), S_OK);
+    EXPECT_EQ(memcmp(&plain, &ex, sizeof ex), 0);
+    EXPECT_FALSE(bigEndian);
+    TempFile ulaw(Form("AIFC", IffChunk("COMM", CommData(1, 1, 16, 8000, "ulaw")) +
+                                   IffChunk("SSND", SsndData(Pattern(2)))));
+    EXPECT_EQ(iff_GetAIFFWfxEx(ulaw.Handle(), &ex, nullptr, nullptr, &bigEndian), TQ_E_CORRUPTFILE);
+}
+
 #ifdef TQ_AIFF_REFERENCE_FILES
 namespace {
 
@@ -214,8 +266,27 @@ TEST(AiffFormat, ReadsWhatTheToolWrote)
         ASSERT_EQ(static_cast<size_t>(frames) * wfx.nBlockAlign, raw.size()) << c.name;
         EXPECT_EQ(f.Read(dataStart, static_cast<DWORD>(raw.size())), raw) << c.name;
     }
-    // Float AIFF-C is compressed as far as this layer is concerned.
-    TempFile f(ReadAll(folder + L"f32be_48000_2.aif"));
-    EXPECT_FALSE(iff_IsAIFFFile(f.Handle(), nullptr));
+    // Float AIFF-C, by the float-aware form, bit for bit in the file's byte order.
+    for (const auto& [name, channels, bits, rate] :
+         {std::tuple{L"f32be_48000_2", 2, 32, 48000u}, std::tuple{L"f64be_44100_1", 1, 64, 44100u}})
+    {
+        const Bytes file = ReadAll(folder + name + L".aif");
+        const Bytes raw = ReadAll(folder + name + L".raw");
+        ASSERT_FALSE(raw.empty()) << name;
+        TempFile f(file);
+        EXPECT_FALSE(iff_IsAIFFFile(f.Handle(), nullptr)) << name;
+        WAVEFORMATEX wfx = {};
+        DWORD frames = 0, dataStart = 0;
+        BOOL bigEndian = FALSE;
+        ASSERT_EQ(iff_GetAIFFWfxEx(f.Handle(), &wfx, &frames, &dataStart, &bigEndian), S_OK)
+            << name;
+        EXPECT_EQ(wfx.wFormatTag, WAVE_FORMAT_IEEE_FLOAT) << name;
+        EXPECT_EQ(wfx.nChannels, channels) << name;
+        EXPECT_EQ(wfx.wBitsPerSample, bits) << name;
+        EXPECT_EQ(wfx.nSamplesPerSec, rate) << name;
+        EXPECT_TRUE(bigEndian) << name;
+        ASSERT_EQ(static_cast<size_t>(frames) * wfx.nBlockAlign, raw.size()) << name;
+        EXPECT_EQ(f.Read(dataStart, static_cast<DWORD>(raw.size())), raw) << name;
+    }
 }
 #endif
