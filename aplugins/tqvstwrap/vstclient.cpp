@@ -6,6 +6,7 @@
 #include "comptr.h"
 #include "effectfactory.h"
 #include "errorreport.h"
+#include "hostanchor.h"
 #include "pluginexceptionfilter.h"
 #include "procaddress.h"
 #include "sharedeffect.h"
@@ -260,6 +261,7 @@ extern "C" HRESULT GetVstFactory(int location, REFIID riid, void** object, const
     if (location != kTqVstServer && location != kTqVstServer32) return E_INVALIDARG;
 
     EnsureProxyStubRegistered();
+    tqvst::AnchorHostInterfaces(g_proxyStubPath);
     LocationState& state = g_locations[location];
     tq::ComPtr<IClassFactory> classObject;
     HRESULT hr = GetClassObject(state.clsid, kServerContext, IID_IClassFactory, classObject);
