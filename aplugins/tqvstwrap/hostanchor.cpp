@@ -80,7 +80,7 @@ DWORD WINAPI AnchorInApartment(void* proxyStub)
 
 BOOL CALLBACK AnchorOnce(INIT_ONCE*, void* proxyStub, void**)
 {
-    // Looked up, since the build targets systems older than the call; those have no such hang.
+    // Looked up: the build targets systems older than the call, where hosts go without anchors.
     using IncrementMtaUsage = HRESULT(WINAPI*)(HANDLE*);
     const auto increment =
         tq::GetProc<IncrementMtaUsage>(GetModuleHandleW(L"ole32.dll"), "CoIncrementMTAUsage");
