@@ -159,10 +159,10 @@ int wmain()
         const std::wstring plugin = plugins + (vst3 ? L"tqgain3.vst3" : L"tqgain.dll");
         const std::wstring name = format;
         const Figures inProcess = Measure(kTqVstInProcess, plugin, (name + L" in process").c_str());
-        const Figures shared = Measure(kTqVstServer | kTqVstSharedBlocks, plugin,
-                                       (name + L" server, shared block").c_str());
-        const Figures calls =
-            Measure(kTqVstServer, plugin, (name + L" server, plain calls").c_str());
+        const Figures shared =
+            Measure(kTqVstServer, plugin, (name + L" server, shared block").c_str());
+        const Figures calls = Measure(kTqVstServer | kTqVstPlainProxy, plugin,
+                                      (name + L" server, plain calls").c_str());
         for (int s = 0; s < kSizes; ++s)
         {
             wprintf(L"bench_process %ls: %4u frames, median (p99) us: in process %.2f (%.2f), "

@@ -13,9 +13,7 @@ HRESULT FactoryLease::Open(int location)
 {
     Reset();
     m_location = location;
-    // Blocks through shared memory: the audio path costs a few microseconds instead of a call.
-    const int asked = location == kTqVstInProcess ? location : location | kTqVstSharedBlocks;
-    return GetVstFactory(asked, IID_ITqVstEffectFactory, m_factory.PutVoid(), L"tqvst",
+    return GetVstFactory(location, IID_ITqVstEffectFactory, m_factory.PutVoid(), L"tqvst",
                          L"tqvsthost", &m_serverProcessId, nullptr);
 }
 

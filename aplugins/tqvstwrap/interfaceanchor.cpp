@@ -3,6 +3,7 @@
 
 #include "blockchannel.h"
 #include "comptr.h"
+#include "effectfactory.h"
 #include "tqvst.h"
 
 #include <objbase.h>
@@ -102,7 +103,7 @@ private:
 };
 
 // The marshalled forms that hold the stubs; released at the end with their marshal data.
-tq::ComPtr<IStream> g_anchors[2];
+tq::ComPtr<IStream> g_anchors[3];
 
 void Anchor(IUnknown* object, REFIID riid, tq::ComPtr<IStream>& held)
 {
@@ -118,8 +119,13 @@ void AnchorInterfaces()
 {
     auto effect = tq::ComPtr<ITqVstEffect>::Attach(new (std::nothrow) CAnchorEffect);
     auto channel = tq::ComPtr<ITqVstBlockChannel>::Attach(new (std::nothrow) CTqVstBlockChannel);
+    // Never published, so its connections do not hold the server.
+    auto factory = tq::ComPtr<ITqVstEffectFactory>::Attach(new (std::nothrow) CTqVstEffectFactory);
     Anchor(effect.Get(), IID_ITqVstEffect, g_anchors[0]);
     Anchor(channel.Get(), IID_ITqVstBlockChannel, g_anchors[1]);
+    // A host that lets go of its factory right after a call on it, as CreateEffectForFile does,
+    // would otherwise take the factory's interface with it.
+    Anchor(factory.Get(), IID_ITqVstEffectFactory, g_anchors[2]);
 }
 
 void ReleaseInterfaceAnchors()

@@ -6,6 +6,7 @@
 #include "comptr.h"
 #include "effectfactory.h"
 #include "errorreport.h"
+#include "hostanchor.h"
 #include "pluginexceptionfilter.h"
 #include "procaddress.h"
 #include "sharedeffect.h"
@@ -254,12 +255,13 @@ extern "C" HRESULT GetVstFactory(int location, REFIID riid, void** object, const
     if (useCount) *useCount = 0;
     if (!object) return E_POINTER;
     *object = nullptr;
-    const bool sharedBlocks = (location & kTqVstSharedBlocks) != 0;
-    location &= ~kTqVstSharedBlocks;
+    const bool plainProxy = (location & kTqVstPlainProxy) != 0;
+    location &= ~kTqVstPlainProxy;
     if (location == kTqVstInProcess) return GetInProcessFactory(riid, object, vendor, product);
     if (location != kTqVstServer && location != kTqVstServer32) return E_INVALIDARG;
 
     EnsureProxyStubRegistered();
+    tqvst::AnchorHostInterfaces(g_proxyStubPath);
     LocationState& state = g_locations[location];
     tq::ComPtr<IClassFactory> classObject;
     HRESULT hr = GetClassObject(state.clsid, kServerContext, IID_IClassFactory, classObject);
@@ -271,8 +273,8 @@ extern "C" HRESULT GetVstFactory(int location, REFIID riid, void** object, const
     tq::ComPtr<IUnknown> made;
     hr = classObject->CreateInstance(nullptr, riid, made.PutVoid());
     if (SUCCEEDED(hr))
-        hr = sharedBlocks ? WrapServerFactory(made.Get(), riid, object)
-                          : made->QueryInterface(riid, object);
+        hr = plainProxy ? made->QueryInterface(riid, object)
+                        : WrapServerFactory(made.Get(), riid, object);
     if (SUCCEEDED(hr))
     {
         const LONG count = InterlockedIncrement(&state.useCount);
@@ -285,7 +287,7 @@ extern "C" HRESULT GetVstFactory(int location, REFIID riid, void** object, const
 extern "C" HRESULT ReleaseVstFactory(int location, IUnknown* factory)
 {
     if (!factory) return S_OK;
-    location &= ~kTqVstSharedBlocks;
+    location &= ~kTqVstPlainProxy;
     HRESULT hr = S_OK;
     const bool completed = tqvst::Guarded(
         [&] {

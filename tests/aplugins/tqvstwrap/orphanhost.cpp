@@ -29,8 +29,8 @@ int wmain(int argc, wchar_t** argv)
     if (argc < 3 || FAILED(CoInitialize(nullptr))) return 2;
     tq::ComPtr<ITqVstEffectFactory> factory;
     DWORD serverPid = 0;
-    if (FAILED(GetVstFactory(kTqVstServer | kTqVstSharedBlocks, IID_ITqVstEffectFactory,
-                             factory.PutVoid(), L"tqvst", L"orphan", &serverPid, nullptr)))
+    if (FAILED(GetVstFactory(kTqVstServer, IID_ITqVstEffectFactory, factory.PutVoid(), L"tqvst",
+                             L"orphan", &serverPid, nullptr)))
         return 3;
     tq::ComPtr<ITqVstEffect> effect;
     if (FAILED(factory->CreateEffect(argv[1], 0, IID_ITqVstEffect, effect.PutVoid()))) return 4;

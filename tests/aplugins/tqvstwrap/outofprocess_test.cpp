@@ -3,6 +3,7 @@
 #include "support/serverprocess.h"
 #include "comptr.h"
 #include "support/testpaths.h"
+#include "tqsampletype.h"
 #include "uniquehandle.h"
 #include "vstclient.h"
 
@@ -13,7 +14,6 @@
 namespace {
 
 using tqtest::PluginPath;
-
 
 bool IsZero(const CLSID& id)
 {
@@ -187,6 +187,14 @@ TEST_F(OutOfProcess, EffectForFileGoesWhereTheMachineTypeFits)
     ASSERT_EQ(effect->GetEffectName(name, 64), S_OK);
     EXPECT_STREQ(name, L"TqGain");
     EXPECT_TRUE(IsZero(GetVstServerClassId(kTqVstServer32)));
+    // The server's effect comes as the host's own object, whose blocks take shared memory.
+    tq::ComPtr<IClientSecurity> security;
+    EXPECT_EQ(effect->QueryInterface(IID_IClientSecurity, security.PutVoid()), E_NOINTERFACE);
+    ASSERT_EQ(effect->SetSampleType(TQSAMPLE_FLOAT32), S_OK);
+    float block[2 * 64] = {};
+    EXPECT_EQ(effect->Process(reinterpret_cast<BYTE*>(block), 2, reinterpret_cast<BYTE*>(block), 2,
+                              64, sizeof(float)),
+              S_OK);
     effect.Reset();
 }
 

@@ -123,8 +123,8 @@ void SharedMatchesInProcessAndPlainCalls(int location, const wchar_t* file)
     const std::wstring plugin =
         location == kTqVstServer32 ? tqtest::Plugin32Path(file) : PluginPath(file);
     Factory inProcess(kTqVstInProcess);
-    Factory shared(location | kTqVstSharedBlocks);
-    Factory plain(location);
+    Factory shared(location);
+    Factory plain(location | kTqVstPlainProxy);
     ASSERT_EQ(shared.Result(), S_OK);
     ASSERT_EQ(plain.Result(), S_OK);
     // Half gain, so the plug-in changes every sample.
@@ -231,7 +231,7 @@ DWORD WINAPI ProcessOnThread(void* context)
 TEST_F(SharedBlocks, TimeTempoAndCallbacksOfABlockAreTheHostsFromAnyThread)
 {
     Factory inProcess(kTqVstInProcess);
-    Factory shared(kTqVstServer | kTqVstSharedBlocks);
+    Factory shared(kTqVstServer);
     const std::wstring plugin = PluginPath(L"callbacks_in_process.dll");
     tq::ComPtr<ITqVstEffect> reference = inProcess.Create(plugin);
     tq::ComPtr<ITqVstEffect> effect = shared.Create(plugin);
@@ -301,7 +301,7 @@ TEST_F(SharedBlocks, AServerStuckInABlockIsEndedAfterTheTimeoutAndTheEffectFails
     constexpr DWORD kTimeoutMs = 500;
     SetVstProcessTimeout(kTimeoutMs);
     {
-        Factory shared(kTqVstServer | kTqVstSharedBlocks);
+        Factory shared(kTqVstServer);
         tq::ComPtr<ITqVstEffect> effect = shared.Create(PluginPath(L"hang_in_process.dll"));
         ASSERT_TRUE(effect);
         ASSERT_EQ(effect->SetSampleType(TQSAMPLE_FLOAT32), S_OK);
@@ -330,7 +330,7 @@ TEST_F(SharedBlocks, AServerStuckInAnyOtherCallIsEndedToo)
     // Other calls wait five times the block's bound.
     SetVstProcessTimeout(200);
     {
-        Factory shared(kTqVstServer | kTqVstSharedBlocks);
+        Factory shared(kTqVstServer);
         tq::ComPtr<ITqVstEffect> effect = shared.Create(PluginPath(L"hang_in_setparameter.dll"));
         ASSERT_TRUE(effect);
         const double start = Now();
@@ -362,7 +362,7 @@ DWORD WINAPI KillLater(void* context)
 
 TEST_F(SharedBlocks, AServerThatEndsDuringABlockGivesAnRpcError)
 {
-    Factory shared(kTqVstServer | kTqVstSharedBlocks);
+    Factory shared(kTqVstServer);
     tq::ComPtr<ITqVstEffect> effect = shared.Create(PluginPath(L"hang_in_process.dll"));
     ASSERT_TRUE(effect);
     ASSERT_EQ(effect->SetSampleType(TQSAMPLE_FLOAT32), S_OK);
@@ -516,7 +516,7 @@ TEST_F(SharedBlocks, CreateProcessReleaseCyclesLeaveHostAndServerFlat)
     int cycles = 500;
     if (const char* text = std::getenv("TQ_SHARED_CYCLES")) cycles = std::atoi(text);
     const int stretch = std::max(1, cycles / 10);
-    Factory shared(kTqVstServer | kTqVstSharedBlocks);
+    Factory shared(kTqVstServer);
     ASSERT_EQ(shared.Result(), S_OK);
     tq::UniqueHandle server(
         OpenProcess(PROCESS_QUERY_INFORMATION | PROCESS_VM_READ, FALSE, shared.ServerPid()));
