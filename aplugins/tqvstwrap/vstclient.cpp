@@ -55,8 +55,11 @@ constexpr DWORD kServerContext =
     CLSCTX_INPROC_SERVER | CLSCTX_INPROC_HANDLER | CLSCTX_LOCAL_SERVER | CLSCTX_REMOTE_SERVER;
 static_assert(kServerContext == 23);
 constexpr DWORD kServerStartTimeoutMs = 5000;
-// Once a server has signalled, its class is registered: the first request normally gets it.
-constexpr DWORD kServerReachTimeoutMs = 1000;
+// Once a server has signalled, its class is registered: the first request normally gets it. A
+// class that a dead server left behind answers at once with an RPC error, so the wait is spent
+// only on a machine too loaded to answer; on two cores at a load of twelve, one second was not
+// always enough.
+constexpr DWORD kServerReachTimeoutMs = 3000;
 constexpr int kServerStartAttempts = 3;
 
 #ifdef _WIN64

@@ -1655,22 +1655,29 @@ TEST_F(HostMedia, MarkersCrossBetweenWavAndAiff)
                                 "\0\2\0\0\x3A\x98\6Chorus\0",
                                 28));
 
-    // Back to WAV and Wave64: the cue points and a label each, in marker order.
-    for (const wchar_t* name : {L"marked-back.wav", L"marked-back.w64"})
-    {
-        const std::wstring back = m_folder.File(name);
+    // Back to WAV, and through Wave64 (whose list is framed with GUIDs) to WAV again: the cue
+    // points and a label each, in marker order.
+    const auto process = [&](const std::wstring& from, const wchar_t* to) {
+        const std::wstring output = m_folder.File(to);
         const RunResult run =
-            RunHost(L"process " + Gain() + L" " + Quoted(aiff) + L" " + Quoted(back));
-        ASSERT_EQ(run.exitCode, 0u) << run.output;
+            RunHost(L"process " + Gain() + L" " + Quoted(from) + L" " + Quoted(output));
+        EXPECT_EQ(run.exitCode, 0u) << run.output;
         EXPECT_EQ(run.output.find("Left out"), std::string::npos) << run.output;
+        return output;
+    };
+    const std::wstring wave64 = process(aiff, L"marked-back.w64");
+    EXPECT_EQ(ReadFloat(wave64).chunks.size(), 2u);
+    for (const std::wstring& back :
+         {process(aiff, L"marked-back.wav"), process(wave64, L"marked-w64-back.wav")})
+    {
         const FloatSamples out = ReadFloat(back);
         ASSERT_EQ(out.hr, S_OK);
-        ASSERT_EQ(out.chunks.size(), 2u) << name;
-        EXPECT_EQ(std::string(out.chunks[0].data.begin(), out.chunks[0].data.end()), cue) << name;
+        ASSERT_EQ(out.chunks.size(), 2u) << back;
+        EXPECT_EQ(std::string(out.chunks[0].data.begin(), out.chunks[0].data.end()), cue) << back;
         EXPECT_EQ(std::string(out.chunks[1].data.begin(), out.chunks[1].data.end()),
                   "adtl" + label(1, "Intro") + label(2, "Chorus"))
-            << name;
-        EXPECT_EQ(out.chunks[1].Name(), L"LIST") << name;
+            << back;
+        EXPECT_EQ(out.chunks[1].Name(), L"LIST") << back;
     }
 }
 
