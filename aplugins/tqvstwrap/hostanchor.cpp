@@ -1,6 +1,7 @@
 // The host's anchor stubs, made once in the process's multithreaded apartment.
 #include "hostanchor.h"
 
+#include "anchorobject.h"
 #include "comptr.h"
 #include "procaddress.h"
 #include "tqvst.h"
@@ -16,26 +17,9 @@ namespace tqvst {
 namespace {
 
 // Stands for a host's master in the anchor's stub and is never called: no server learns of it.
-class CAnchorMaster final : public ITqVstMaster
+class CAnchorMaster final : public CAnchorObject<ITqVstMaster, &IID_ITqVstMaster>
 {
 public:
-    HRESULT STDMETHODCALLTYPE QueryInterface(REFIID riid, void** object) override
-    {
-        if (!object) return E_POINTER;
-        *object = nullptr;
-        if (riid != IID_IUnknown && riid != IID_ITqVstMaster) return E_NOINTERFACE;
-        *object = static_cast<ITqVstMaster*>(this);
-        AddRef();
-        return S_OK;
-    }
-    ULONG STDMETHODCALLTYPE AddRef() override { return ULONG(InterlockedIncrement(&m_refCount)); }
-    ULONG STDMETHODCALLTYPE Release() override
-    {
-        const LONG count = InterlockedDecrement(&m_refCount);
-        if (count == 0) delete this;
-        return ULONG(count);
-    }
-
     HRESULT STDMETHODCALLTYPE Automate(UINT32, float) override { return E_UNEXPECTED; }
     HRESULT STDMETHODCALLTYPE Idle() override { return E_UNEXPECTED; }
     HRESULT STDMETHODCALLTYPE UpdateDisplay() override { return E_UNEXPECTED; }
@@ -45,10 +29,6 @@ public:
     HRESULT STDMETHODCALLTYPE BeginEdit(UINT32) override { return E_UNEXPECTED; }
     HRESULT STDMETHODCALLTYPE EndEdit(UINT32) override { return E_UNEXPECTED; }
     HRESULT STDMETHODCALLTYPE LoadPresetFile(const WCHAR*) override { return E_UNEXPECTED; }
-
-private:
-    ~CAnchorMaster() = default;
-    volatile LONG m_refCount = 1;
 };
 
 INIT_ONCE g_once = INIT_ONCE_STATIC_INIT;

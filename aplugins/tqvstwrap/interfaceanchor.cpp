@@ -2,6 +2,7 @@
 #include "interfaceanchor.h"
 
 #include "blockchannel.h"
+#include "anchorobject.h"
 #include "comptr.h"
 #include "effectfactory.h"
 #include "tqvst.h"
@@ -15,26 +16,9 @@ namespace tqvst {
 namespace {
 
 // Stands for an effect in the anchor's stub and is never called: no host learns of it.
-class CAnchorEffect final : public ITqVstEffect
+class CAnchorEffect final : public CAnchorObject<ITqVstEffect, &IID_ITqVstEffect>
 {
 public:
-    HRESULT STDMETHODCALLTYPE QueryInterface(REFIID riid, void** object) override
-    {
-        if (!object) return E_POINTER;
-        *object = nullptr;
-        if (riid != IID_IUnknown && riid != IID_ITqVstEffect) return E_NOINTERFACE;
-        *object = static_cast<ITqVstEffect*>(this);
-        AddRef();
-        return S_OK;
-    }
-    ULONG STDMETHODCALLTYPE AddRef() override { return ULONG(InterlockedIncrement(&m_refCount)); }
-    ULONG STDMETHODCALLTYPE Release() override
-    {
-        const LONG count = InterlockedDecrement(&m_refCount);
-        if (count == 0) delete this;
-        return ULONG(count);
-    }
-
     HRESULT STDMETHODCALLTYPE GetEffectName(WCHAR*, UINT32) override { return E_UNEXPECTED; }
     HRESULT STDMETHODCALLTYPE GetVendorName(WCHAR*, INT32) override { return E_UNEXPECTED; }
     HRESULT STDMETHODCALLTYPE GetProductName(WCHAR*, UINT32) override { return E_UNEXPECTED; }
@@ -96,10 +80,6 @@ public:
     HRESULT STDMETHODCALLTYPE CloseEditor() override { return E_UNEXPECTED; }
     HRESULT STDMETHODCALLTYPE ResizeEditor(INT32, INT32) override { return E_UNEXPECTED; }
     HRESULT STDMETHODCALLTYPE CanResizeEditor(UINT32*) override { return E_UNEXPECTED; }
-
-private:
-    ~CAnchorEffect() = default;
-    volatile LONG m_refCount = 1;
 };
 
 // The marshalled forms that hold the stubs; released at the end with their marshal data.
