@@ -27,6 +27,19 @@ void CALLBACK EndIfUnclaimed(HWND, UINT, UINT_PTR timer, DWORD)
     CheckServerQuit();
 }
 
+// Letting go of the last stub of an interface right after a call on it was answered can leave the
+// platform's call runtime waiting for ever for a wake-up it has lost; the server's teardown does
+// exactly that after its host's last release. Nothing is left to serve by then, so a teardown
+// that has not finished in this long ends the process.
+constexpr DWORD kTeardownMs = 1000;
+
+DWORD WINAPI EndStuckTeardown(void*)
+{
+    Sleep(kTeardownMs);
+    TerminateProcess(GetCurrentProcess(), 0);
+    return 0;
+}
+
 } // namespace
 
 int WINAPI wWinMain(HINSTANCE instance, HINSTANCE, LPWSTR, int showCommand)
@@ -66,6 +79,9 @@ int WINAPI wWinMain(HINSTANCE instance, HINSTANCE, LPWSTR, int showCommand)
                 TranslateMessage(&message);
                 DispatchMessageW(&message);
             }
+            tq::UniqueHandle teardownBound(CreateThread(nullptr, 64 * 1024, EndStuckTeardown,
+                                                        nullptr, STACK_SIZE_PARAM_IS_A_RESERVATION,
+                                                        nullptr));
             RevokeVstClassObject();
             tqvst::ReleaseInterfaceAnchors();
             CoUninitialize();
