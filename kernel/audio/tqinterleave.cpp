@@ -152,19 +152,19 @@ struct InterleaveVariant
 {
     TQSAMPLETYPE dst;
     TQSAMPLETYPE src;
+    DWORD features; // all of these must be allowed
     TQAUDIO_INTERLEAVESTEREOFUNC function;
 };
 
-constexpr InterleaveVariant kSse2Interleavers[] = {
-    {TQSAMPLE_PCM16, TQSAMPLE_PCM32, &InterleavePcm32ToPcm16Sse2},
-    {TQSAMPLE_PCM16, TQSAMPLE_FLOAT32, &InterleaveFloat32ToPcm16Sse2},
-    {TQSAMPLE_PCM16, TQSAMPLE_UNPACKED24, &InterleaveUnpacked24ToPcm16Sse2},
-};
-
-constexpr InterleaveVariant kAvx2Interleavers[] = {
-    {TQSAMPLE_PCM16, TQSAMPLE_PCM32, &InterleavePcm32ToPcm16Avx2},
-    {TQSAMPLE_PCM16, TQSAMPLE_FLOAT32, &InterleaveFloat32ToPcm16Avx2},
-    {TQSAMPLE_PCM16, TQSAMPLE_UNPACKED24, &InterleaveUnpacked24ToPcm16Avx2},
+// The first allowed variant of a pair wins, so the richer instruction sets come first.
+constexpr InterleaveVariant kVectorInterleavers[] = {
+    {TQSAMPLE_PCM16, TQSAMPLE_PCM32, TQCPU_AVX2 | TQCPU_SSE2, &InterleavePcm32ToPcm16Avx2},
+    {TQSAMPLE_PCM16, TQSAMPLE_FLOAT32, TQCPU_AVX2 | TQCPU_SSE2, &InterleaveFloat32ToPcm16Avx2},
+    {TQSAMPLE_PCM16, TQSAMPLE_UNPACKED24, TQCPU_AVX2 | TQCPU_SSE2,
+     &InterleaveUnpacked24ToPcm16Avx2},
+    {TQSAMPLE_PCM16, TQSAMPLE_PCM32, TQCPU_SSE2, &InterleavePcm32ToPcm16Sse2},
+    {TQSAMPLE_PCM16, TQSAMPLE_FLOAT32, TQCPU_SSE2, &InterleaveFloat32ToPcm16Sse2},
+    {TQSAMPLE_PCM16, TQSAMPLE_UNPACKED24, TQCPU_SSE2, &InterleaveUnpacked24ToPcm16Sse2},
 };
 
 // The pure moves of the plain functions: whole samples of one size, no arithmetic.
@@ -250,20 +250,11 @@ extern "C" TQAUDIO_INTERLEAVESTEREOFUNC TqAudio_GetStereoInterleaveFunction(TQSA
                                                                             TQSAMPLETYPE srcType)
 {
     const DWORD allowed = TqGetCPUSupport(0);
-    constexpr DWORD kAvx2 = TQCPU_AVX2 | TQCPU_SSE2;
-    if ((allowed & kAvx2) == kAvx2)
+    for (const InterleaveVariant& variant : kVectorInterleavers)
     {
-        for (const InterleaveVariant& variant : kAvx2Interleavers)
-        {
-            if (variant.dst == dstType && variant.src == srcType) return variant.function;
-        }
-    }
-    if (allowed & TQCPU_SSE2)
-    {
-        for (const InterleaveVariant& variant : kSse2Interleavers)
-        {
-            if (variant.dst == dstType && variant.src == srcType) return variant.function;
-        }
+        if (variant.dst == dstType && variant.src == srcType &&
+            (allowed & variant.features) == variant.features)
+            return variant.function;
     }
     return ScalarStereoInterleaveFunction(dstType, srcType);
 }

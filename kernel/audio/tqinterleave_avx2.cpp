@@ -1,6 +1,7 @@
 // The AVX2 interleavers into 16-bit from single, 32-bit and unpacked 24-bit planes. Built with
 // AVX2 code generation, so nothing here may be reached without the lookup's processor check.
 #include "tqinterleave_avx2.h"
+#include "tqinterleave_sse2.h"
 
 #include <immintrin.h>
 #include <stdint.h>
@@ -35,8 +36,9 @@ inline __m256i ScaleDownEight(__m256i x)
     return RoundHeld(Hold16(_mm256_mul_ps(_mm256_cvtepi32_ps(cut), _mm256_set1_ps(0.25f))));
 }
 
-// Whole groups of four frames, eight a step where they last.
-template <int Shift>
+// Whole groups of four frames, eight a step where they last; the last group of four, if any,
+// goes to the SSE2 form, which gives the same bits.
+template <int Shift, void (*LastGroup)(void*, const void*, const void*, long)>
 void InterleaveWords(void* dst, const void* srcLeft, const void* srcRight, long frames)
 {
     auto* d = static_cast<int16_t*>(dst);
@@ -54,23 +56,20 @@ void InterleaveWords(void* dst, const void* srcLeft, const void* srcRight, long 
         const __m256i b = _mm256_loadu_si256(reinterpret_cast<const __m256i*>(r));
         _mm256_storeu_si256(reinterpret_cast<__m256i*>(d), pairs(a, b));
     }
-    if (left < 4) return;
-    const __m256i a = _mm256_zextsi128_si256(_mm_loadu_si128(reinterpret_cast<const __m128i*>(l)));
-    const __m256i b = _mm256_zextsi128_si256(_mm_loadu_si128(reinterpret_cast<const __m128i*>(r)));
-    _mm_storeu_si128(reinterpret_cast<__m128i*>(d), _mm256_castsi256_si128(pairs(a, b)));
+    LastGroup(d, l, r, left);
 }
 
 } // namespace
 
 void InterleavePcm32ToPcm16Avx2(void* dst, const void* srcLeft, const void* srcRight, long frames)
 {
-    InterleaveWords<16>(dst, srcLeft, srcRight, frames);
+    InterleaveWords<16, InterleavePcm32ToPcm16Sse2>(dst, srcLeft, srcRight, frames);
 }
 
 void InterleaveUnpacked24ToPcm16Avx2(void* dst, const void* srcLeft, const void* srcRight,
                                      long frames)
 {
-    InterleaveWords<8>(dst, srcLeft, srcRight, frames);
+    InterleaveWords<8, InterleaveUnpacked24ToPcm16Sse2>(dst, srcLeft, srcRight, frames);
 }
 
 // Eight frames a step by the SSE2 form's steps: scaling by 32768 is exact, so holding singles to
@@ -96,14 +95,8 @@ void InterleaveFloat32ToPcm16Avx2(void* dst, const void* srcLeft, const void* sr
         const __m256i hi = convert(_mm256_unpackhi_ps(a, b));
         _mm256_storeu_si256(reinterpret_cast<__m256i*>(d), _mm256_packs_epi32(lo, hi));
     }
-    if (left < 4) return;
-    // The last whole group: the same steps on the low halves, the high ones zero.
-    const __m256 a = _mm256_setr_m128(_mm_loadu_ps(l), _mm_setzero_ps());
-    const __m256 b = _mm256_setr_m128(_mm_loadu_ps(r), _mm_setzero_ps());
-    const __m256i lo = convert(_mm256_unpacklo_ps(a, b));
-    const __m256i hi = convert(_mm256_unpackhi_ps(a, b));
-    _mm_storeu_si128(reinterpret_cast<__m128i*>(d),
-                     _mm256_castsi256_si128(_mm256_packs_epi32(lo, hi)));
+    // The last whole group of four, if any.
+    InterleaveFloat32ToPcm16Sse2(d, l, r, left);
 }
 
 } // namespace tq::audio
