@@ -3,15 +3,11 @@
 
 #include <initializer_list>
 
+using tq::media::Clamp32;
 using namespace tq::bwf;
 using tq::media::RiffFraming;
 
 namespace {
-
-DWORD Clamp32(ULONGLONG value)
-{
-    return value > MAXDWORD ? MAXDWORD : static_cast<DWORD>(value);
-}
 
 // Closes the handle it was given on every path out.
 class OwnedFile

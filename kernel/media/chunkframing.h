@@ -7,6 +7,12 @@
 
 namespace tq::media {
 
+// A 64-bit size or bound as the 32-bit one of the RIFF forms, which cannot count more.
+inline DWORD Clamp32(ULONGLONG value) noexcept
+{
+    return value > MAXDWORD ? MAXDWORD : static_cast<DWORD>(value);
+}
+
 // Chunks are named by their four-character id; a framing that names chunks otherwise maps it.
 // Positions and sizes are 64-bit; sizes count the data only.
 class Framing

@@ -11,10 +11,6 @@ constexpr ULONGLONG kFormStart = 12;
 constexpr ULONGLONG kLargestRiffSize = 0xFFFFFFF7ull;
 
 // A 64-bit bound as the 32-bit one of the RIFF layer: a RIFF file cannot hold more.
-DWORD Bound32(ULONGLONG bound)
-{
-    return bound > MAXDWORD ? MAXDWORD : static_cast<DWORD>(bound);
-}
 
 } // namespace
 
@@ -100,13 +96,13 @@ HRESULT RiffFraming::ReadEntryHeader(DWORD& id, ULONGLONG& size) noexcept
 
 HRESULT RiffFraming::CountEntries(ULONGLONG bound, DWORD& count) noexcept
 {
-    DWORD left = Bound32(bound);
+    DWORD left = Clamp32(bound);
     return riff_GetNumListEntries(m_file, &count, &left);
 }
 
 HRESULT RiffFraming::FindList(DWORD type, ULONGLONG& size, ULONGLONG& remaining) noexcept
 {
-    DWORD left = Bound32(remaining), listSize = 0;
+    DWORD left = Clamp32(remaining), listSize = 0;
     const HRESULT hr = riff_FindListChunk(m_file, type, &listSize, &left);
     remaining = left;
     size = listSize;
@@ -115,7 +111,7 @@ HRESULT RiffFraming::FindList(DWORD type, ULONGLONG& size, ULONGLONG& remaining)
 
 HRESULT RiffFraming::FindEntry(DWORD id, ULONGLONG& size, ULONGLONG& remaining) noexcept
 {
-    DWORD left = Bound32(remaining), entrySize = 0;
+    DWORD left = Clamp32(remaining), entrySize = 0;
     const HRESULT hr = riff_FindChunkHeader(m_file, id, &entrySize, &left);
     remaining = left;
     size = entrySize;

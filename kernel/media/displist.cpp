@@ -7,6 +7,7 @@
 #include <cstring>
 
 using tq::media::AllocLocked;
+using tq::media::Clamp32;
 using tq::media::FreeLocked;
 using tq::media::RiffFraming;
 
@@ -35,11 +36,6 @@ public:
 private:
     tq::media::Framing& m_f;
 };
-
-DWORD Clamp32(ULONGLONG value)
-{
-    return value > MAXDWORD ? MAXDWORD : static_cast<DWORD>(value);
-}
 
 } // namespace
 

@@ -5,6 +5,7 @@
 
 #include <iterator>
 
+using tq::media::Clamp32;
 using tq::media::Framing;
 using tq::media::FreeLocked;
 using tq::media::Rf64Framing;
@@ -189,11 +190,6 @@ HRESULT WriteLink(Framing& framing, const CTqLinkProjectInfo* info, ULONGLONG* w
         if (written) *written = total;
     }
     return S_OK;
-}
-
-DWORD Clamp32(ULONGLONG value)
-{
-    return value > MAXDWORD ? MAXDWORD : static_cast<DWORD>(value);
 }
 
 // The RF64 forms take plain RIFF files too: the framing is the one the file has.

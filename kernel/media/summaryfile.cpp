@@ -8,6 +8,7 @@
 #include <new>
 
 using tq::media::AllocLocked;
+using tq::media::Clamp32;
 using tq::media::FreeLocked;
 using tq::media::RiffFraming;
 
@@ -197,11 +198,6 @@ HRESULT GetString(Framing& framing, DWORD id, WCHAR* buffer, DWORD bufferChars,
 } // namespace tq::summary
 
 namespace {
-
-DWORD Clamp32(ULONGLONG value)
-{
-    return value > MAXDWORD ? MAXDWORD : static_cast<DWORD>(value);
-}
 
 HRESULT LoadRiff(HANDLE file, tSUMMARYLIST* list, DWORD* listSize, bool wide)
 {
