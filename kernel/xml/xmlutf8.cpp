@@ -24,18 +24,19 @@ HRESULT CTqXML_Document::OpenMemoryUtf8(const void* data, DWORD size) noexcept
     if (!data && size) return E_INVALIDARG;
     if (size >= 0x80000000u) return E_INVALIDARG;
     if (size == 0) return TQ_E_CORRUPTFILE;
-    const auto* bytes = static_cast<const BYTE*>(data);
-    if (size >= 2 && std::memcmp(bytes, kUtf16Mark, 2) == 0)
-    {
-        BYTE* copy = Copy(bytes, size);
+    // The document reads the copy and keeps it until it is closed.
+    auto openOwned = [this](void* copy, DWORD bytes) {
         if (!copy) return E_OUTOFMEMORY;
-        const HRESULT hr = OpenMemory(copy, size);
+        const HRESULT hr = OpenMemory(copy, bytes);
         if (FAILED(hr))
             GlobalFree(copy);
         else
-            m_owned = copy;
+            m_owned = static_cast<BYTE*>(copy);
         return hr;
-    }
+    };
+    const auto* bytes = static_cast<const BYTE*>(data);
+    if (size >= 2 && std::memcmp(bytes, kUtf16Mark, 2) == 0)
+        return openOwned(Copy(bytes, size), size);
     if (size >= 3 && std::memcmp(bytes, kUtf8Mark, 3) == 0)
     {
         bytes += 3;
@@ -49,13 +50,10 @@ HRESULT CTqXML_Document::OpenMemoryUtf8(const void* data, DWORD size) noexcept
     if (chars <= 0) return TQ_E_CORRUPTFILE;
     const DWORD wideBytes = (static_cast<DWORD>(chars) + 1) * sizeof(WCHAR);
     auto* wide = static_cast<WCHAR*>(GlobalAlloc(GMEM_FIXED, wideBytes));
-    if (!wide) return E_OUTOFMEMORY;
-    wide[0] = 0xFEFF; // FF FE in memory
-    MultiByteToWideChar(CP_UTF8, 0, text, length, wide + 1, chars);
-    const HRESULT hr = OpenMemory(wide, wideBytes);
-    if (FAILED(hr))
-        GlobalFree(wide);
-    else
-        m_owned = reinterpret_cast<BYTE*>(wide);
-    return hr;
+    if (wide)
+    {
+        wide[0] = 0xFEFF; // FF FE in memory
+        MultiByteToWideChar(CP_UTF8, 0, text, length, wide + 1, chars);
+    }
+    return openOwned(wide, wideBytes);
 }
