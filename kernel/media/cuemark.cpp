@@ -2,19 +2,17 @@
 #include "cuemark.h"
 
 #include "iff.h"
-#include "lockedblock.h"
 #include "mriff.h"
 
 #include <cstring>
-
-using tq::media::AllocLocked;
-using tq::media::FreeLocked;
+#include <memory>
+#include <new>
 
 namespace {
 
 constexpr DWORD kCueCountBytes = 4;
-constexpr DWORD kCuePointBytes =
-    24; // id, play position, chunk id, chunk start, block start, offset
+// id, play position, chunk id, chunk start, block start, offset
+constexpr DWORD kCuePointBytes = 24;
 constexpr DWORD kMarkCountBytes = 2;
 constexpr DWORD kMarkEntryBytes = 6; // id, position; the counted name follows
 constexpr DWORD kMaxMarkerId = 32767;
@@ -120,24 +118,6 @@ HRESULT ForEachMarker(const void* mark, DWORD size, F&& f)
     return S_OK;
 }
 
-// Zero-filled scratch memory from the kernel's heap, freed on every path.
-class Scratch
-{
-public:
-    explicit Scratch(SIZE_T bytes) noexcept : m_data(AllocLocked(bytes)) {}
-    ~Scratch() { FreeLocked(m_data); }
-    Scratch(const Scratch&) = delete;
-    Scratch& operator=(const Scratch&) = delete;
-    template <class T>
-    T* As() const noexcept
-    {
-        return static_cast<T*>(m_data);
-    }
-
-private:
-    void* m_data;
-};
-
 } // namespace
 
 TQKERNEL_API HRESULT iff_MarkFromCue(const void* cue, DWORD cueSize, const void* adtl,
@@ -154,8 +134,7 @@ TQKERNEL_API HRESULT iff_MarkFromCue(const void* cue, DWORD cueSize, const void*
     const auto id = [points](DWORD i) { return Le32(points + i * kCuePointBytes); };
 
     // Each marker's name, the first label that gives its cue id.
-    Scratch scratch(SIZE_T(count) * sizeof(Name) + 1);
-    Name* names = scratch.As<Name>();
+    const std::unique_ptr<Name[]> names(new (std::nothrow) Name[count + 1]());
     if (!names) return E_OUTOFMEMORY;
     ForEachLabel(adtl, adtlSize, [&](DWORD cueId, const BYTE* text, DWORD length) {
         // Writers number their cue points from 1 in order; anything else is looked for.
