@@ -148,6 +148,13 @@ HRESULT MediaWriter::WriteAt(UINT64 offset, const void* data, size_t size)
     return WriteBytes(data, size);
 }
 
+UINT64 MediaWriter::Position() const
+{
+    LARGE_INTEGER here = {};
+    SetFilePointerEx(m_file.Get(), here, &here, FILE_CURRENT);
+    return static_cast<UINT64>(here.QuadPart);
+}
+
 HRESULT MediaWriter::Create(const std::wstring& path, Container container, const MediaLayout& input,
                             TQSAMPLETYPE type, const std::vector<MediaChunk>& chunks,
                             std::vector<std::wstring>& dropped)
@@ -182,9 +189,7 @@ HRESULT MediaWriter::Create(const std::wstring& path, Container container, const
         }
         else
             put("FORM\0\0\0\0AIFF", 12);
-        LARGE_INTEGER here = {};
-        SetFilePointerEx(m_file.Get(), here, &here, FILE_CURRENT);
-        m_commFrames = static_cast<UINT64>(here.QuadPart) + 10;
+        m_commFrames = Position() + 10;
         // AIFF-C adds the compression id and its name, a counted text padded to even.
         const char* name =
             type == TQSAMPLE_FLOAT64 ? "64-bit floating point" : "32-bit floating point";
@@ -221,8 +226,7 @@ HRESULT MediaWriter::Create(const std::wstring& path, Container container, const
             put(chunk.data.data(), chunk.data.size());
             put(zeros, chunk.data.size() & 1);
         }
-        SetFilePointerEx(m_file.Get(), LARGE_INTEGER{}, &here, FILE_CURRENT);
-        m_dataHeader = static_cast<UINT64>(here.QuadPart);
+        m_dataHeader = Position();
         put("SSND\0\0\0\0\0\0\0\0\0\0\0\0", 16);
         return hr;
     }
@@ -255,9 +259,7 @@ HRESULT MediaWriter::Create(const std::wstring& path, Container container, const
             else
                 dropped.push_back(chunk.Name());
         }
-        LARGE_INTEGER here = {};
-        SetFilePointerEx(m_file.Get(), here, &here, FILE_CURRENT);
-        m_dataHeader = static_cast<UINT64>(here.QuadPart);
+        m_dataHeader = Position();
         put(&RIFF64_GUID_DATA, 16);
         put(&size, 8);
         return hr;
@@ -290,9 +292,7 @@ HRESULT MediaWriter::Create(const std::wstring& path, Container container, const
         else
             chunk32(chunk.fourcc, data);
     }
-    LARGE_INTEGER here = {};
-    SetFilePointerEx(m_file.Get(), here, &here, FILE_CURRENT);
-    m_dataHeader = static_cast<UINT64>(here.QuadPart);
+    m_dataHeader = Position();
     put("data\0\0\0\0", 8);
     return hr;
 }

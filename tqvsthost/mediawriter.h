@@ -41,6 +41,8 @@ public:
 private:
     HRESULT WriteBytes(const void* data, size_t size);
     HRESULT WriteAt(UINT64 offset, const void* data, size_t size);
+    // Where the next write lands.
+    UINT64 Position() const;
 
     tq::UniqueFile m_file;
     std::wstring m_path;

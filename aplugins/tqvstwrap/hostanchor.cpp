@@ -1,7 +1,7 @@
 // The host's anchor stubs, made once in the process's multithreaded apartment.
 #include "hostanchor.h"
 
-#include "anchorobject.h"
+#include "anchor.h"
 #include "comptr.h"
 #include "procaddress.h"
 #include "tqvst.h"
@@ -35,15 +35,6 @@ INIT_ONCE g_once = INIT_ONCE_STATIC_INIT;
 // Never given back: the apartment and the anchors live as long as the process.
 HANDLE g_mtaUsage = nullptr;
 
-// The marshalled form holds the stub until the process ends; the stream that carries it is let
-// go, the stub is not.
-void Anchor(IUnknown* object, REFIID riid)
-{
-    tq::ComPtr<IStream> held;
-    if (!object || FAILED(CreateStreamOnHGlobal(nullptr, TRUE, held.Put()))) return;
-    CoMarshalInterface(held.Get(), riid, object, MSHCTX_LOCAL, nullptr, MSHLFLAGS_TABLESTRONG);
-}
-
 // Runs in the multithreaded apartment, which outlives this thread through the usage cookie.
 DWORD WINAPI AnchorInApartment(void* proxyStub)
 {
@@ -52,8 +43,9 @@ DWORD WINAPI AnchorInApartment(void* proxyStub)
     auto master = tq::ComPtr<ITqVstMaster>::Attach(new (std::nothrow) CAnchorMaster);
     tq::ComPtr<IStream> stream;
     CreateStreamOnHGlobal(nullptr, TRUE, stream.Put());
-    Anchor(master.Get(), IID_ITqVstMaster);
-    Anchor(stream.Get(), IID_IStream);
+    // The marshal data is never released, so the stubs stay when the streams go.
+    MarshalForLife(master.Get(), IID_ITqVstMaster);
+    MarshalForLife(stream.Get(), IID_IStream);
     CoUninitialize();
     return 0;
 }

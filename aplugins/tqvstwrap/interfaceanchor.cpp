@@ -1,8 +1,8 @@
 // The stubs that keep the server's interfaces registered, and the object behind the effect's.
 #include "interfaceanchor.h"
 
+#include "anchor.h"
 #include "blockchannel.h"
-#include "anchorobject.h"
 #include "comptr.h"
 #include "effectfactory.h"
 #include "tqvst.h"
@@ -85,14 +85,6 @@ public:
 // The marshalled forms that hold the stubs; released at the end with their marshal data.
 tq::ComPtr<IStream> g_anchors[3];
 
-void Anchor(IUnknown* object, REFIID riid, tq::ComPtr<IStream>& held)
-{
-    if (!object || FAILED(CreateStreamOnHGlobal(nullptr, TRUE, held.Put()))) return;
-    if (FAILED(CoMarshalInterface(held.Get(), riid, object, MSHCTX_LOCAL, nullptr,
-                                  MSHLFLAGS_TABLESTRONG)))
-        held.Reset();
-}
-
 } // namespace
 
 void AnchorInterfaces()
@@ -101,11 +93,11 @@ void AnchorInterfaces()
     auto channel = tq::ComPtr<ITqVstBlockChannel>::Attach(new (std::nothrow) CTqVstBlockChannel);
     // Never published, so its connections do not hold the server.
     auto factory = tq::ComPtr<ITqVstEffectFactory>::Attach(new (std::nothrow) CTqVstEffectFactory);
-    Anchor(effect.Get(), IID_ITqVstEffect, g_anchors[0]);
-    Anchor(channel.Get(), IID_ITqVstBlockChannel, g_anchors[1]);
+    g_anchors[0] = MarshalForLife(effect.Get(), IID_ITqVstEffect);
+    g_anchors[1] = MarshalForLife(channel.Get(), IID_ITqVstBlockChannel);
     // A host that lets go of its factory right after a call on it, as CreateEffectForFile does,
     // would otherwise take the factory's interface with it.
-    Anchor(factory.Get(), IID_ITqVstEffectFactory, g_anchors[2]);
+    g_anchors[2] = MarshalForLife(factory.Get(), IID_ITqVstEffectFactory);
 }
 
 void ReleaseInterfaceAnchors()
