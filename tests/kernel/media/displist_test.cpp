@@ -1,6 +1,7 @@
 // Tests of display lists: items in memory and "DISP" chunks on file.
 #include "displist.h"
 
+#include "kernel/media/displayholder.h"
 #include "kernel/media/riffimage.h"
 
 #include <gtest/gtest.h>
@@ -10,20 +11,6 @@
 using namespace tq::test;
 
 namespace {
-
-struct Display
-{
-    tDISPLIST list = {};
-    Display() { EXPECT_EQ(displist_Create(&list), S_OK); }
-    ~Display() { displist_Destroy(&list); }
-    Bytes Payload(DWORD format) const
-    {
-        const tDISPITEM* item = displist_GetItem(&list, format);
-        if (!item || !item->data) return {};
-        const auto* p = static_cast<const BYTE*>(item->data);
-        return Bytes(p, p + item->size);
-    }
-};
 
 Bytes Disp(DWORD format, const Bytes& payload)
 {

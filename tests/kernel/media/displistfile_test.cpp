@@ -2,6 +2,7 @@
 // list as a bitmap, on files of every framing built in code.
 #include "displist.h"
 
+#include "kernel/media/displayholder.h"
 #include "kernel/media/wave64image.h"
 
 #include <gtest/gtest.h>
@@ -13,20 +14,6 @@
 using namespace tq::test;
 
 namespace {
-
-struct Display
-{
-    tDISPLIST list = {};
-    Display() { EXPECT_EQ(displist_Create(&list), S_OK); }
-    ~Display() { displist_Destroy(&list); }
-    Bytes Payload(DWORD format) const
-    {
-        const tDISPITEM* item = displist_GetItem(&list, format);
-        if (!item || !item->data) return {};
-        const auto* p = static_cast<const BYTE*>(item->data);
-        return Bytes(p, p + item->size);
-    }
-};
 
 struct Stream
 {
@@ -47,13 +34,6 @@ struct Stream
 Bytes Disp(DWORD format, const Bytes& payload)
 {
     return Chunk("DISP", U32(format) + payload);
-}
-
-GUID Family(const char (&id)[5])
-{
-    GUID guid = RIFF64_GUID_FMT;
-    guid.Data1 = Id(id);
-    return guid;
 }
 
 // A bottom-up 32-bit picture of 3 by 2 pixels: header and rows.

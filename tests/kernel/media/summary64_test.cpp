@@ -4,6 +4,7 @@
 #include "displist.h"
 #include "summary.h"
 
+#include "kernel/media/displayholder.h"
 #include "kernel/media/wave64image.h"
 
 #include <gtest/gtest.h>
@@ -35,27 +36,6 @@ struct Summary
         return items;
     }
 };
-
-struct Display
-{
-    tDISPLIST list = {};
-    Display() { EXPECT_EQ(displist_Create(&list), S_OK); }
-    ~Display() { displist_Destroy(&list); }
-    Bytes Payload(DWORD format) const
-    {
-        const tDISPITEM* item = displist_GetItem(&list, format);
-        if (!item || !item->data) return {};
-        const auto* p = static_cast<const BYTE*>(item->data);
-        return Bytes(p, p + item->size);
-    }
-};
-
-GUID Family(const char (&id)[5])
-{
-    GUID guid = RIFF64_GUID_FMT;
-    guid.Data1 = Id(id);
-    return guid;
-}
 
 Bytes Wide(const wchar_t* text)
 {

@@ -31,6 +31,14 @@ inline Bytes GuidBytes(const GUID& g)
 
 // A Wave64 chunk whose stored size leaves its padding out, as one written in one go stores it,
 // or counts it, as one finished afterwards does.
+// The Wave64 GUID of the family that spells a RIFF id in its first field.
+inline GUID Family(const char (&id)[5])
+{
+    GUID guid = RIFF64_GUID_FMT;
+    guid.Data1 = Id(id);
+    return guid;
+}
+
 inline Bytes W64Chunk(const GUID& id, const Bytes& data, bool sizeCountsPadding = false)
 {
     const size_t padded = (data.size() + 7) & ~size_t(7);
